@@ -1,0 +1,82 @@
+#pragma once
+// The AAF value types as the SDK declares them. On little-endian hosts their
+// memory layout is the on-disk layout; aafkit still converts field by field.
+#include <cstdint>
+#include <cstring>
+#include <string>
+
+typedef int32_t AAFRESULT;
+
+struct aafUID_t {
+    uint32_t Data1;
+    uint16_t Data2;
+    uint16_t Data3;
+    uint8_t Data4[8];
+};
+
+struct aafMobID_t {
+    uint8_t SMPTELabel[12];
+    uint8_t length;
+    uint8_t instanceHigh;
+    uint8_t instanceMid;
+    uint8_t instanceLow;
+    aafUID_t material;
+};
+
+struct aafRational_t {
+    int32_t numerator;
+    int32_t denominator;
+};
+
+struct aafSourceRef_t {
+    aafMobID_t sourceID;
+    uint32_t sourceSlotID;
+    int64_t startTime;
+};
+
+struct aafTimecode_t {
+    int64_t startFrame;
+    int16_t drop;
+    uint16_t fps;
+};
+
+struct aafProductVersion_t {
+    uint16_t major;
+    uint16_t minor;
+    uint16_t tertiary;
+    uint16_t patchLevel;
+    uint8_t type;
+};
+
+struct aafTimeStamp_t {
+    int16_t year;
+    uint8_t month, day, hour, minute, second, fraction;
+};
+
+inline bool operator==(const aafUID_t& a, const aafUID_t& b) {
+    return a.Data1 == b.Data1 && a.Data2 == b.Data2 && a.Data3 == b.Data3 &&
+           std::memcmp(a.Data4, b.Data4, 8) == 0;
+}
+inline bool operator!=(const aafUID_t& a, const aafUID_t& b) { return !(a == b); }
+inline bool operator==(const aafMobID_t& a, const aafMobID_t& b) {
+    return std::memcmp(a.SMPTELabel, b.SMPTELabel, 12) == 0 && a.length == b.length &&
+           a.instanceHigh == b.instanceHigh && a.instanceMid == b.instanceMid &&
+           a.instanceLow == b.instanceLow && a.material == b.material;
+}
+inline bool operator!=(const aafMobID_t& a, const aafMobID_t& b) { return !(a == b); }
+
+namespace aafkit {
+
+// 16 bytes as an AUID is stored in a little-endian file (GUID layout).
+void encodeAuid(const aafUID_t& id, uint8_t out[16]);
+aafUID_t decodeAuid(const uint8_t in[16]);
+// 32 bytes as a MobID is stored in a little-endian file.
+void encodeMobId(const aafMobID_t& id, uint8_t out[32]);
+aafMobID_t decodeMobId(const uint8_t in[32]);
+
+// "0d010101-0101-0100-060e-2b3402060101"; parse answers false on malformed text.
+std::string auidToText(const aafUID_t& id);
+bool parseAuid(const std::string& text, aafUID_t& out);
+constexpr aafUID_t kNullAuid = {0, 0, 0, {0, 0, 0, 0, 0, 0, 0, 0}};
+
+}  // namespace aafkit

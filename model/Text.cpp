@@ -1,0 +1,9 @@
+#include "Text.h"
+
+void copyText(wchar_t* dest, size_t capacity, const wchar_t* source) {
+    if (capacity == 0) return;
+    size_t n = 0;
+    if (source)
+        for (; n + 1 < capacity && source[n]; ++n) dest[n] = source[n];
+    dest[n] = 0;
+}

@@ -1,0 +1,6 @@
+#include "Track.h"
+
+void deleteEvents(Track& track) {
+    for (TrackEvent* event : track.events) delete event;
+    track.events.clear();
+}

@@ -1,0 +1,6 @@
+#include <cstdio>
+
+int main() {
+    std::fprintf(stderr, "usage: aafbridge <command> ...\n");
+    return 2;
+}
