@@ -5,28 +5,7 @@
 #include <cstring>
 #include <string>
 
-typedef int32_t AAFRESULT;
-
-struct aafUID_t {
-    uint32_t Data1;
-    uint16_t Data2;
-    uint16_t Data3;
-    uint8_t Data4[8];
-};
-
-struct aafMobID_t {
-    uint8_t SMPTELabel[12];
-    uint8_t length;
-    uint8_t instanceHigh;
-    uint8_t instanceMid;
-    uint8_t instanceLow;
-    aafUID_t material;
-};
-
-struct aafRational_t {
-    int32_t numerator;
-    int32_t denominator;
-};
+#include "aafbridge/aaf_types.h"
 
 struct aafSourceRef_t {
     aafMobID_t sourceID;

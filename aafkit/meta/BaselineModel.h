@@ -39,7 +39,7 @@ struct BaselineProperty {
     const char* owner;   // class name
     const char* name;
     aafUID_t id;
-    uint16_t pid;        // 0 for extension properties: their pids are dynamic, per file
+    uint16_t pid;        // 0 where the pid is dynamic (extension and later baseline properties)
     aafUID_t type;
     bool optional;
     bool uniqueId;
@@ -69,6 +69,7 @@ struct BaselineTypeMember {
     aafUID_t memberType;   // Record: the member's type
     int64_t value;         // Enum
     aafUID_t extValue;     // ExtEnum
+    bool extension;        // a value the Avid tables add, possibly to a baseline type
 };
 
 enum class DefinitionGroup : uint8_t {

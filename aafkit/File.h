@@ -1,0 +1,88 @@
+#pragma once
+// An AAF file in memory: every object from the root down, its model and the
+// table of weak-reference paths. Opened files are loaded whole; new files
+// start with the objects a new AAF file holds.
+#include <cstdint>
+#include <deque>
+#include <memory>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+#include "AafTypes.h"
+#include "Status.h"
+#include "meta/MetaModel.h"
+#include "om/Object.h"
+
+namespace aafkit {
+
+struct ProductIdentification {
+    std::wstring companyName;
+    std::wstring productName;
+    std::wstring productVersionString;
+    std::wstring platform;
+    aafUID_t productId = kNullAuid;
+    aafProductVersion_t productVersion = {0, 0, 0, 0, 0};
+};
+
+class File {
+public:
+    File(const File&) = delete;
+    File& operator=(const File&) = delete;
+    ~File();
+
+    // AAFFileOpenExistingRead: the SDK's codes (FILE_NOT_FOUND, NOT_AAF_FILE, FILEREV_DIFF,
+    // or a load failure), with the detail in `why`.
+    static AAFRESULT openExistingRead(const std::string& path, std::unique_ptr<File>& out,
+                                      Status* why = nullptr);
+    static Status load(std::vector<uint8_t> bytes, std::unique_ptr<File>& out);
+    // AAFFileOpenNewModify: header, content storage, dictionary with the built-in data and
+    // container definitions, and one identification.
+    static std::unique_ptr<File> createNew(const ProductIdentification& identification);
+
+    // Writes every object reachable from the root. New files get a MetaDictionary with every
+    // class in use, its ancestors and the types their properties need.
+    Status save(const std::string& path);
+    Status saveToBytes(std::vector<uint8_t>& out);
+
+    Object* root() const { return root_; }
+    Object* header() const;
+    Object* contentStorage() const;
+    Object* dictionary() const;
+    Object* metaDictionary() const;
+
+    meta::MetaModel& model() { return model_; }
+    const meta::MetaModel& model() const { return model_; }
+
+    // A new, unattached object of a known concrete or extension class (null if unknown).
+    Object* create(const aafUID_t& classId);
+    size_t objectCount() const { return objects_.size(); }
+
+    // Weak references: the path table and resolution.
+    uint32_t internPath(const std::vector<uint16_t>& pids);
+    const std::vector<std::vector<uint16_t>>& paths() const { return paths_; }
+    Object* resolve(const WeakReference& reference) const;
+    // The reference that names `target`, an element of a set reached by strong references.
+    bool referenceTo(const Object& target, WeakReference& out);
+
+    // Mobs by MobID, through ContentStorage Mobs.
+    Object* lookupMob(const aafMobID_t& id) const;
+    void forgetMobIndex() { mobIndexValid_ = false; }
+
+private:
+    File();
+    Object* newObject(const aafUID_t& classId, const meta::ClassDef* classDef);
+    friend class Loader;
+    friend class Saver;
+    friend class NewFileBuilder;
+
+    meta::MetaModel model_;
+    std::deque<Object> objects_;
+    Object* root_ = nullptr;
+    std::vector<std::vector<uint16_t>> paths_;
+    bool ownsMetaDictionary_ = false;  // created here: built from the model at save
+    mutable std::unordered_map<std::string, Object*> mobIndex_;
+    mutable bool mobIndexValid_ = false;
+};
+
+}  // namespace aafkit

@@ -1,0 +1,110 @@
+#pragma once
+// The classes, properties and types a file knows: the built-in model plus what
+// the file's MetaDictionary declares, plus what the writer registers.
+#include <cstdint>
+#include <deque>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+#include "../AafTypes.h"
+#include "BaselineModel.h"
+
+namespace aafkit::meta {
+
+struct ClassDef;
+
+struct TypeMember {
+    std::string name;
+    aafUID_t type = kNullAuid;  // records
+    int64_t value = 0;          // enums
+    aafUID_t extValue = kNullAuid;  // extendible enums
+};
+
+struct TypeDef {
+    aafUID_t id = kNullAuid;
+    std::string name;
+    TypeKind kind = TypeKind::Opaque;
+    uint8_t size = 0;                // integers
+    bool isSigned = false;           // integers
+    aafUID_t element = kNullAuid;    // element, base or character type
+    uint32_t count = 0;              // fixed arrays
+    aafUID_t target = kNullAuid;     // referenced class of object references
+    std::vector<aafUID_t> path;      // weak references: property AUIDs to the target set
+    std::vector<TypeMember> members; // records, enums
+    bool builtin = false;
+};
+
+struct PropertyDef {
+    aafUID_t id = kNullAuid;
+    std::string name;
+    uint16_t pid = 0;
+    aafUID_t type = kNullAuid;
+    bool optional = true;
+    bool uniqueId = false;
+    const ClassDef* owner = nullptr;
+    bool builtin = false;
+};
+
+struct ClassDef {
+    aafUID_t id = kNullAuid;
+    std::string name;
+    const ClassDef* parent = nullptr;
+    bool concrete = false;
+    bool builtin = false;  // known to aafkit; an object of another class behaves as its nearest built-in ancestor
+    std::vector<const PropertyDef*> properties;  // own properties, not inherited ones
+
+    bool isA(const ClassDef* base) const;
+    const ClassDef* nearestBuiltin() const;
+    const PropertyDef* uniqueIdProperty() const;  // own or inherited
+};
+
+class MetaModel {
+public:
+    MetaModel();  // the built-in model
+    MetaModel(const MetaModel&) = delete;
+    MetaModel& operator=(const MetaModel&) = delete;
+
+    const ClassDef* findClass(const aafUID_t& id) const;
+    const ClassDef* findClass(const std::string& name) const;
+    const TypeDef* findType(const aafUID_t& id) const;
+    // By local pid as the file stores it (fixed pids, and dynamic pids this file assigned).
+    const PropertyDef* findProperty(uint16_t pid) const;
+    const PropertyDef* findPropertyById(const aafUID_t& id) const;
+    // Searches the class and its ancestors.
+    const PropertyDef* findProperty(const ClassDef& cls, const aafUID_t& id) const;
+
+    // Declarations from a file's MetaDictionary or from the writer. Lookups first:
+    // an id that is already known keeps its first definition.
+    ClassDef& declareClass(const aafUID_t& id, const std::string& name, const aafUID_t& parent,
+                           bool concrete);
+    TypeDef& declareType(TypeDef type);
+    // A property on a class; pid 0 asks for the next free dynamic pid (0xffff downwards).
+    const PropertyDef* declareProperty(ClassDef& cls, const aafUID_t& id, const std::string& name,
+                                       const aafUID_t& type, bool optional, uint16_t pid = 0);
+    // Dynamic pids assigned to known extension properties as the file declares them.
+    void bindPid(const PropertyDef& property, uint16_t pid);
+    ClassDef* mutableClass(const aafUID_t& id);
+
+    bool isDeclaredByFile(const aafUID_t& classOrType) const;
+    const std::vector<const ClassDef*>& addedClasses() const { return addedClasses_; }
+    const std::vector<const TypeDef*>& addedTypes() const { return addedTypes_; }
+    const std::vector<const PropertyDef*>& addedProperties() const { return addedProperties_; }
+
+private:
+    uint16_t nextDynamicPid() const;
+
+    std::deque<ClassDef> classes_;
+    std::deque<TypeDef> types_;
+    std::deque<PropertyDef> properties_;
+    std::unordered_map<std::string, ClassDef*> classesById_;  // key: 16 stored bytes
+    std::unordered_map<std::string, ClassDef*> classesByName_;
+    std::unordered_map<std::string, TypeDef*> typesById_;
+    std::unordered_map<std::string, PropertyDef*> propertiesById_;
+    std::unordered_map<uint16_t, const PropertyDef*> propertiesByPid_;
+    std::vector<const ClassDef*> addedClasses_;
+    std::vector<const TypeDef*> addedTypes_;
+    std::vector<const PropertyDef*> addedProperties_;
+};
+
+}  // namespace aafkit::meta

@@ -1,0 +1,55 @@
+#pragma once
+// An AAF object: its class and its properties. Objects are owned by their File;
+// everything else holds plain pointers valid until the file is closed.
+#include <cstdint>
+#include <vector>
+
+#include "../AafTypes.h"
+#include "Property.h"
+
+namespace aafkit {
+
+class File;
+namespace meta {
+struct ClassDef;
+}
+
+class Object {
+public:
+    Object(File& file, const aafUID_t& classId, const meta::ClassDef* classDef)
+        : file_(&file), classId_(classId), classDef_(classDef) {}
+
+    File& file() const { return *file_; }
+    // The class the object was stored or created as (may be an extension class).
+    const aafUID_t& classId() const { return classId_; }
+    // Its definition; null only for a class neither built in nor declared in the file.
+    const meta::ClassDef* classDef() const { return classDef_; }
+    // True if the object's class is baseClassId or derives from it.
+    bool isA(const aafUID_t& baseClassId) const;
+
+    const std::vector<Property>& properties() const { return properties_; }
+    std::vector<Property>& properties() { return properties_; }
+    const Property* find(uint16_t pid) const;
+    Property* find(uint16_t pid);
+    // The property with this pid, added empty in this form if absent.
+    Property& ensure(uint16_t pid, StoredForm form);
+    void remove(uint16_t pid);
+
+    // The object that holds this one by strong reference, and through which property.
+    Object* container() const { return container_; }
+    uint16_t containerPid() const { return containerPid_; }
+    void attach(Object* container, uint16_t pid) {
+        container_ = container;
+        containerPid_ = pid;
+    }
+
+private:
+    File* file_;
+    aafUID_t classId_;
+    const meta::ClassDef* classDef_;
+    std::vector<Property> properties_;
+    Object* container_ = nullptr;
+    uint16_t containerPid_ = 0;
+};
+
+}  // namespace aafkit
