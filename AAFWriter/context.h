@@ -1,0 +1,27 @@
+#pragma once
+// The writer's state between calls: the registered clips and the timeline to write.
+#include <vector>
+
+#include "aaf_clip.h"
+#include "aafbridge/aaf_writer.h"
+#include "model/Sequence.h"
+
+namespace aafkit {
+class Object;
+struct ProductIdentification;
+}  // namespace aafkit
+
+struct AafWriterContext {
+    std::vector<Clip> clips;
+    Sequence sequence;
+    // The file being written; valid only while WriteAafFile runs.
+    aafkit::Object* header = nullptr;
+    aafkit::Object* dictionary = nullptr;
+};
+
+// The identification every written file carries, built once at load.
+extern const aafkit::ProductIdentification g_ident;
+
+// Prints the one error line of a failed toolkit call.
+void reportError(AAFRESULT code, int line, const char* file);
+#define REPORT_ERROR(code) reportError((code), __LINE__, __FILE__)
