@@ -56,7 +56,12 @@ public:
 
     // A new, unattached object of a known concrete or extension class (null if unknown).
     Object* create(const aafUID_t& classId);
+    // Made by createNew: its MetaDictionary is built from the model at each save.
+    bool createdNew() const { return ownsMetaDictionary_; }
+    // An object as stored, whatever its class (the loader's way in).
+    Object* newObject(const aafUID_t& classId, const meta::ClassDef* classDef);
     size_t objectCount() const { return objects_.size(); }
+    const Object& objectAt(size_t i) const { return objects_[i]; }
 
     // Weak references: the path table and resolution.
     uint32_t internPath(const std::vector<uint16_t>& pids);
@@ -67,11 +72,11 @@ public:
 
     // Mobs by MobID, through ContentStorage Mobs.
     Object* lookupMob(const aafMobID_t& id) const;
-    void forgetMobIndex() { mobIndexValid_ = false; }
+    // Called when a set gains an element: lookups rebuild their indexes.
+    void setsChanged();
 
 private:
     File();
-    Object* newObject(const aafUID_t& classId, const meta::ClassDef* classDef);
     friend class Loader;
     friend class Saver;
     friend class NewFileBuilder;
@@ -82,6 +87,7 @@ private:
     std::vector<std::vector<uint16_t>> paths_;
     bool ownsMetaDictionary_ = false;  // created here: built from the model at save
     mutable std::unordered_map<std::string, Object*> mobIndex_;
+    mutable std::unordered_map<std::string, Object*> resolveCache_;
     mutable bool mobIndexValid_ = false;
 };
 

@@ -33,6 +33,7 @@ struct TypeDef {
     std::vector<aafUID_t> path;      // weak references: property AUIDs to the target set
     std::vector<TypeMember> members; // records, enums
     bool builtin = false;
+    bool extension = false;          // an Avid extension: written only where used
 };
 
 struct PropertyDef {
@@ -44,6 +45,7 @@ struct PropertyDef {
     bool uniqueId = false;
     const ClassDef* owner = nullptr;
     bool builtin = false;
+    bool extension = false;
 };
 
 struct ClassDef {
@@ -52,12 +54,19 @@ struct ClassDef {
     const ClassDef* parent = nullptr;
     bool concrete = false;
     bool builtin = false;  // known to aafkit; an object of another class behaves as its nearest built-in ancestor
+    bool extension = false;
     std::vector<const PropertyDef*> properties;  // own properties, not inherited ones
 
     bool isA(const ClassDef* base) const;
     const ClassDef* nearestBuiltin() const;
     const PropertyDef* uniqueIdProperty() const;  // own or inherited
 };
+
+// The root object of every file: not part of the model tables, never written
+// to a MetaDictionary.
+constexpr aafUID_t kRootClassId = {0xb3b398a5, 0x1c90, 0x11d4, {0x80, 0x53, 0x08, 0x00, 0x36, 0x21, 0x08, 0x04}};
+constexpr uint16_t kRootMetaDictionaryPid = 0x0001;
+constexpr uint16_t kRootHeaderPid = 0x0002;
 
 class MetaModel {
 public:
@@ -93,6 +102,7 @@ public:
 
 private:
     uint16_t nextDynamicPid() const;
+    void declareRoot();
 
     std::deque<ClassDef> classes_;
     std::deque<TypeDef> types_;

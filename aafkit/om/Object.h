@@ -24,6 +24,7 @@ public:
     const aafUID_t& classId() const { return classId_; }
     // Its definition; null only for a class neither built in nor declared in the file.
     const meta::ClassDef* classDef() const { return classDef_; }
+    void setClassDef(const meta::ClassDef* classDef) { classDef_ = classDef; }
     // True if the object's class is baseClassId or derives from it.
     bool isA(const aafUID_t& baseClassId) const;
 

@@ -1,0 +1,13 @@
+#pragma once
+// Builds the MetaDictionary of a new file from its model: every built-in class
+// and type, every extension the file uses, each class with all its properties.
+namespace aafkit {
+class File;
+}
+
+namespace aafkit::meta {
+
+// Replaces the root's MetaDictionary with one that describes the file as it is now.
+void writeMetaDictionary(File& file);
+
+}  // namespace aafkit::meta

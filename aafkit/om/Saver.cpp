@@ -1,0 +1,211 @@
+#include "Saver.h"
+
+#include <cstdio>
+
+#include "../ByteWriter.h"
+#include "../File.h"
+#include "../NewFileBuilder.h"
+#include "../Values.h"
+#include "../cfb/CompoundFileWriter.h"
+#include "../meta/Ids.h"
+#include "../meta/MetaDictionaryWriter.h"
+#include "SetKey.h"
+#include "StorageNames.h"
+
+namespace aafkit {
+
+namespace {
+
+constexpr uint8_t kLittleEndian = 0x4c;
+constexpr uint8_t kFormatVersion = 0x20;
+constexpr uint32_t kNoFreeKey = 0xffffffff;
+
+std::string hex(uint32_t v) {
+    char text[12];
+    std::snprintf(text, sizeof text, "%x", unsigned(v));
+    return text;
+}
+
+class ObjectSaver {
+public:
+    ObjectSaver(const File& file, cfb::CompoundFileWriter& out) : file_(file), out_(out) {}
+    Status saveProperties(const Object& object, uint32_t storage);
+
+private:
+    Status encode(const Property& p, uint32_t storage, std::vector<uint8_t>& value);
+    Status saveChild(const Object& child, uint32_t storage, const std::string& name);
+    Status saveVector(const Property& p, uint32_t storage, const std::string& base);
+    Status saveSet(const Property& p, uint32_t storage, const std::string& base);
+    void saveWeakIndex(const Property& p, uint32_t storage, const std::string& base);
+    std::string baseName(const Property& p, size_t maxLength) const;
+
+    const File& file_;
+    cfb::CompoundFileWriter& out_;
+};
+
+std::string ObjectSaver::baseName(const Property& p, size_t maxLength) const {
+    if (!p.data.empty()) return wideToUtf8(utf16ToWide(p.data.data(), p.data.size()));  // as the file had it
+    const meta::PropertyDef* def = file_.model().findProperty(p.pid);
+    return mangledName(def ? def->name : "Property", p.pid, maxLength);
+}
+
+Status ObjectSaver::saveChild(const Object& child, uint32_t storage, const std::string& name) {
+    uint8_t clsid[16];
+    encodeAuid(child.classId(), clsid);
+    return saveProperties(child, out_.addStorage(storage, name, clsid));
+}
+
+Status ObjectSaver::saveVector(const Property& p, uint32_t storage, const std::string& base) {
+    std::vector<uint8_t> index;
+    ByteWriter w(index);
+    w.u32(uint32_t(p.objects.size()));
+    w.u32(uint32_t(p.objects.size()));
+    w.u32(kNoFreeKey);
+    for (uint32_t i = 0; i < p.objects.size(); ++i) w.u32(i);
+    out_.addStream(storage, base + " index", std::move(index));
+    for (uint32_t i = 0; i < p.objects.size(); ++i)
+        if (Status s = saveChild(*p.objects[i], storage, base + "{" + hex(i) + "}"); !s) return s;
+    return Status();
+}
+
+Status ObjectSaver::saveSet(const Property& p, uint32_t storage, const std::string& base) {
+    std::vector<SetKey> keys(p.objects.size());
+    for (size_t i = 0; i < p.objects.size(); ++i)
+        if (!setKeyOf(*p.objects[i], keys[i]))
+            return Status::error("a set element of property 0x" + hex(p.pid) + " has no key");
+    std::vector<uint8_t> index;
+    ByteWriter w(index);
+    w.u32(uint32_t(p.objects.size()));
+    w.u32(uint32_t(p.objects.size()));
+    w.u32(kNoFreeKey);
+    w.u16(keys.empty() ? p.keyPid : keys[0].keyPid);
+    w.u8(uint8_t(keys.empty() ? p.keySize : keys[0].bytes.size()));
+    for (uint32_t i = 0; i < keys.size(); ++i) {
+        w.u32(i);
+        w.u32(1);
+        w.bytes(keys[i].bytes.data(), keys[i].bytes.size());
+    }
+    out_.addStream(storage, base + " index", std::move(index));
+    for (uint32_t i = 0; i < p.objects.size(); ++i)
+        if (Status s = saveChild(*p.objects[i], storage, base + "{" + hex(i) + "}"); !s) return s;
+    return Status();
+}
+
+void ObjectSaver::saveWeakIndex(const Property& p, uint32_t storage, const std::string& base) {
+    std::vector<uint8_t> index;
+    ByteWriter w(index);
+    w.u32(uint32_t(p.weak.size()));
+    w.u16(p.weak.empty() ? 0 : uint16_t(p.weak[0].pathId));
+    w.u16(p.weak.empty() ? 0 : p.weak[0].keyPid);
+    w.u8(p.weak.empty() ? 0 : uint8_t(p.weak[0].key.size()));
+    for (const WeakReference& r : p.weak) w.bytes(r.key.data(), r.key.size());
+    out_.addStream(storage, base + " index", std::move(index));
+}
+
+Status ObjectSaver::encode(const Property& p, uint32_t storage, std::vector<uint8_t>& value) {
+    ByteWriter w(value);
+    std::string name;
+    switch (p.storedForm()) {
+    case StoredForm::StrongRef:
+        name = baseName(p, kStrongRefNameLength);
+        if (p.objects.size() != 1) return Status::error("strong reference 0x" + hex(p.pid) + " without object");
+        if (Status s = saveChild(*p.objects[0], storage, name); !s) return s;
+        break;
+    case StoredForm::StrongRefVector:
+        name = baseName(p, kCollectionNameLength);
+        if (Status s = saveVector(p, storage, name); !s) return s;
+        break;
+    case StoredForm::StrongRefSet:
+        name = baseName(p, kCollectionNameLength);
+        if (Status s = saveSet(p, storage, name); !s) return s;
+        break;
+    case StoredForm::WeakRef: {
+        if (p.weak.size() != 1) return Status::error("weak reference 0x" + hex(p.pid) + " without target");
+        const WeakReference& r = p.weak[0];
+        w.u16(uint16_t(r.pathId));
+        w.u16(r.keyPid);
+        w.u8(uint8_t(r.key.size()));
+        w.bytes(r.key.data(), r.key.size());
+        return Status();
+    }
+    case StoredForm::WeakRefVector:
+    case StoredForm::WeakRefSet:
+        name = baseName(p, kCollectionNameLength);
+        saveWeakIndex(p, storage, name);
+        break;
+    case StoredForm::DataStream:
+        value = p.data;
+        out_.addStream(storage, wideToUtf8(utf16ToWide(p.data.data() + 1, p.data.size() - 1)), p.stream);
+        return Status();
+    default:
+        value = p.data;
+        return Status();
+    }
+    value = wideToUtf16(std::wstring(name.begin(), name.end()));
+    return Status();
+}
+
+Status ObjectSaver::saveProperties(const Object& object, uint32_t storage) {
+    std::vector<uint8_t> header, values;
+    ByteWriter h(header);
+    h.u8(kLittleEndian);
+    h.u8(kFormatVersion);
+    h.u16(uint16_t(object.properties().size()));
+    for (const Property& p : object.properties()) {
+        std::vector<uint8_t> value;
+        if (Status s = encode(p, storage, value); !s) return s;
+        if (value.size() > 0xffff) return Status::error("property 0x" + hex(p.pid) + " is too large to store");
+        h.u16(p.pid);
+        h.u16(p.form);
+        h.u16(uint16_t(value.size()));
+        values.insert(values.end(), value.begin(), value.end());
+    }
+    header.insert(header.end(), values.begin(), values.end());
+    out_.addStream(storage, "properties", std::move(header));
+    return Status();
+}
+
+std::vector<uint8_t> pathTable(const File& file) {
+    std::vector<uint8_t> bytes;
+    ByteWriter w(bytes);
+    uint32_t total = 0;
+    for (const auto& path : file.paths()) total += uint32_t(path.size() + 1);
+    w.u8(kLittleEndian);
+    w.u16(uint16_t(file.paths().size()));
+    w.u32(total);
+    for (const auto& path : file.paths()) {
+        for (uint16_t pid : path) w.u16(pid);
+        w.u16(0);
+    }
+    return bytes;
+}
+
+Status build(File& file, cfb::CompoundFileWriter& out) {
+    if (file.createdNew()) {
+        setTimeStamp(*file.header(), PID_Header_LastModified, nowTimeStamp());
+        meta::writeMetaDictionary(file);
+    }
+    uint8_t rootClass[16];
+    encodeAuid(file.root()->classId(), rootClass);
+    out.setClsid(cfb::CompoundFileWriter::kRoot, rootClass);
+    ObjectSaver saver(file, out);
+    if (Status s = saver.saveProperties(*file.root(), cfb::CompoundFileWriter::kRoot); !s) return s;
+    out.addStream(cfb::CompoundFileWriter::kRoot, "referenced properties", pathTable(file));
+    return Status();
+}
+
+}  // namespace
+
+Status Saver::save(File& file, const std::string& path) {
+    cfb::CompoundFileWriter out;
+    if (Status s = build(file, out); !s) return s;
+    return out.writeFile(path);
+}
+
+Status Saver::saveToBytes(File& file, std::vector<uint8_t>& bytes) {
+    cfb::CompoundFileWriter out;
+    if (Status s = build(file, out); !s) return s;
+    return out.write(bytes);
+}
+
+}  // namespace aafkit

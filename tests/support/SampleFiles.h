@@ -1,0 +1,37 @@
+#pragma once
+// The real AAF files under ../shared/samples, for tests that read them. On a
+// machine without the folder these tests skip.
+#include <algorithm>
+#include <filesystem>
+#include <string>
+#include <vector>
+
+namespace testsupport {
+
+inline std::string samplesDir() { return AAFBRIDGE_SAMPLES_DIR; }
+
+// Every .aaf file below the samples folder, sorted; empty when the folder is absent.
+inline std::vector<std::string> sampleFiles() {
+    std::vector<std::string> files;
+    std::error_code error;
+    if (!std::filesystem::is_directory(samplesDir(), error)) return files;
+    for (const auto& entry : std::filesystem::recursive_directory_iterator(samplesDir(), error))
+        if (entry.path().extension() == ".aaf") files.push_back(entry.path().string());
+    std::sort(files.begin(), files.end());
+    return files;
+}
+
+// A path relative to the samples folder, e.g. "media-composer/one_clip.aaf".
+inline std::string sample(const std::string& relative) { return samplesDir() + "/" + relative; }
+
+inline std::string temporaryPath(const std::string& name) {
+    return (std::filesystem::temp_directory_path() / ("aafbridge-test-" + name)).string();
+}
+
+}  // namespace testsupport
+
+#define SKIP_WITHOUT_SAMPLES()                                                                      \
+    do {                                                                                            \
+        if (testsupport::sampleFiles().empty())                                                     \
+            GTEST_SKIP() << "no sample files at " << testsupport::samplesDir() << " (../shared absent)"; \
+    } while (0)

@@ -1,0 +1,76 @@
+// aafbridge objects FILE [--json]: every object from the Header down, properties
+// decoded by their types. Sets come in key order, so the output is deterministic.
+#include <cstdio>
+#include <cstring>
+#include <iostream>
+#include <memory>
+#include <nlohmann/json.hpp>
+
+#include "Commands.h"
+#include "ValueText.h"
+#include "aafkit/File.h"
+
+using Json = nlohmann::ordered_json;
+
+namespace {
+
+Json objectJson(const aafkit::File& file, const aafkit::Object& object) {
+    Json properties = Json::array();
+    for (const aafkit::Property& p : object.properties()) {
+        Json entry = {{"name", propertyName(file, p.pid)}, {"pid", p.pid}};
+        if (p.storedForm() == aafkit::StoredForm::StrongRef) {
+            entry["object"] = objectJson(file, *p.objects.at(0));
+        } else if (p.isStrong()) {
+            Json elements = Json::array();
+            for (const aafkit::Object* element : p.objects) elements.push_back(objectJson(file, *element));
+            entry["objects"] = std::move(elements);
+        } else {
+            entry["value"] = valueText(file, p);
+        }
+        properties.push_back(std::move(entry));
+    }
+    return {{"class", className(object)}, {"properties", std::move(properties)}};
+}
+
+void printText(const Json& object, int depth) {
+    const std::string indent(2 * depth, ' ');
+    std::cout << indent << object["class"].get<std::string>() << "\n";
+    for (const Json& p : object["properties"]) {
+        const std::string name = p["name"].get<std::string>();
+        if (p.contains("object")) {
+            std::cout << indent << "  " << name << ":\n";
+            printText(p["object"], depth + 2);
+        } else if (p.contains("objects")) {
+            size_t i = 0;
+            for (const Json& element : p["objects"]) {
+                std::cout << indent << "  " << name << "[" << i++ << "]:\n";
+                printText(element, depth + 2);
+            }
+            if (i == 0) std::cout << indent << "  " << name << ": (empty)\n";
+        } else {
+            std::cout << indent << "  " << name << " = " << p["value"].get<std::string>() << "\n";
+        }
+    }
+}
+
+}  // namespace
+
+int runObjects(int argc, char** argv) {
+    const bool json = argc == 2 && std::strcmp(argv[1], "--json") == 0;
+    if (argc != 1 && !json) {
+        std::fprintf(stderr, "usage: aafbridge objects FILE [--json]\n");
+        return 2;
+    }
+    std::unique_ptr<aafkit::File> file;
+    aafkit::Status why;
+    if (aafkit::File::openExistingRead(argv[0], file, &why) != 0) {
+        std::fprintf(stderr, "aafbridge: %s\n", why.message().c_str());
+        return 1;
+    }
+    const Json tree = objectJson(*file, *file->header());
+    if (json)
+        std::cout << tree.dump(1) << "\n";
+    else
+        printText(tree, 0);
+    return 0;
+}
