@@ -4,7 +4,7 @@
 
 #include "TrackEvent.h"
 #include "Text.h"
-#include "aafkit/AafTypes.h"
+#include "aafbridge/aaf_types.h"
 
 class TrackClip : public TrackEvent {
 public:
@@ -17,5 +17,5 @@ public:
     uint32_t physicalNumber = 0;
     uint32_t clipIndex = 0;
     int64_t inPoint = 0;
-    bool isSubClip = false;
+    uint8_t isSubClip = 0;
 };

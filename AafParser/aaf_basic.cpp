@@ -1,0 +1,103 @@
+#include "aaf_basic.h"
+
+#include <cstdio>
+#include <cwchar>
+#include <string>
+
+#include "aafkit/ResultCodes.h"
+#include "aafkit/Values.h"
+#include "aafkit/Mobs.h"
+#include "aafkit/meta/Ids.h"
+
+namespace {
+constexpr char kErrorSource[] = "AafParser/aaf_basic";
+constexpr size_t kProductNameLength = 1024;
+
+void releaseSession(AafParseContext& context) {
+    context.dictionary = nullptr;
+    context.header = nullptr;
+    context.file.reset();
+}
+
+AAFRESULT presentOrMissing(aafkit::Object* object) {
+    return object ? AAFRESULT_SUCCESS : AAFRESULT_OBJECT_NOT_FOUND;
+}
+
+AAFRESULT openFile(const wchar_t* path, std::unique_ptr<aafkit::File>& file) {
+    if (!path) return AAFRESULT_NULL_PARAM;
+    return aafkit::File::openExistingRead(aafkit::wideToUtf8(path), file);
+}
+
+// Opens the file and takes its header and dictionary; each failure is reported once.
+AAFRESULT openSession(AafParseContext& session, const wchar_t* path) {
+    AAFRESULT result = openFile(path, session.file);
+    if (AAF_FAILED(result)) return result;
+    session.header = session.file->header();
+    if (AAF_FAILED(result = presentOrMissing(session.header))) return result;
+    session.dictionary = session.file->dictionary();
+    if (AAF_FAILED(result = presentOrMissing(session.dictionary))) return result;
+    return AAFRESULT_SUCCESS;
+}
+}  // namespace
+
+bool reportIfFailed(AAFRESULT result, int line, const char* source) {
+    if (result >= 0) return true;
+    std::fprintf(stderr, "Error '%0x' returned at line %d in %s\n", unsigned(result), line, source);
+    return false;
+}
+
+int mobId2String(wchar_t* buffer, const aafMobID_t& mobId, size_t size) {
+    const aafUID_t& m = mobId.material;
+    return std::swprintf(buffer, size, L"{%08x%04x%04x%02x%02x%02x%02x%02x%02x%02x%02x}", unsigned(m.Data1),
+                         unsigned(m.Data2), unsigned(m.Data3), m.Data4[0], m.Data4[1], m.Data4[2], m.Data4[3],
+                         m.Data4[4], m.Data4[5], m.Data4[6], m.Data4[7]);
+}
+
+AAFRESULT requiredProperty(AAFRESULT result, const aafkit::Object& object, uint16_t pid) {
+    if (result != AAFRESULT_PROP_NOT_PRESENT) return result;
+    const aafkit::meta::PropertyDef* property = object.file().model().findProperty(pid);
+    return property && !property->optional ? AAFRESULT_SUCCESS : result;
+}
+
+AAFRESULT readText(const aafkit::Object& object, uint16_t pid, wchar_t* buffer, size_t capacity) {
+    std::wstring text;
+    AAFRESULT result = aafkit::getString(object, pid, text);
+    if (result != AAFRESULT_SUCCESS) return result;
+    if (text.size() + 1 > capacity) return AAFRESULT_SMALLBUF;
+    std::wmemcpy(buffer, text.c_str(), text.size() + 1);
+    return AAFRESULT_SUCCESS;
+}
+
+AAFRESULT copyTextToHost(const wchar_t* text, wchar_t* buffer, int32_t n) {
+    if (!buffer || n < 0) return kInvalidArgument;
+    *wcpncpy(buffer, text, size_t(n)) = 0;
+    return AAFRESULT_SUCCESS;
+}
+
+AAFRESULT OpenAafFile(const wchar_t* path, AafParseContext** context) {
+    if (!context) return AAFRESULT_FILE_NOT_FOUND;
+    auto* session = new AafParseContext;
+    *context = session;
+    if (openSession(*session, path) == AAFRESULT_SUCCESS) return AAFRESULT_SUCCESS;
+    CloseFile(session);
+    return AAFRESULT_FILE_NOT_FOUND;
+}
+
+void CloseFile(AafParseContext* context) {
+    for (Track& track : context->sequence.tracks) deleteEvents(track);
+    context->sequence.tracks.clear();
+    releaseSession(*context);
+    delete context;
+}
+
+uint32_t IsProToolsFile(AafParseContext* context) {
+    if (!context) return 0;
+    aafkit::Object* identification = nullptr;
+    if (AAF_FAILED(aafkit::getLastIdentification(*context->header, identification))) return 0;
+    wchar_t name[kProductNameLength] = {};
+    AAFRESULT result = requiredProperty(
+        readText(*identification, PID_Identification_ProductName, name, kProductNameLength), *identification,
+        PID_Identification_ProductName);
+    if (AAF_FAILED(result)) return 0;
+    return std::wcsncmp(name, L"Pro", 3) == 0 ? 1 : 0;
+}
