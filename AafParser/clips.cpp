@@ -1,0 +1,225 @@
+#include "clips.h"
+
+#include "aaf_basic.h"
+#include "aafkit/Mobs.h"
+#include "aafkit/ResultCodes.h"
+#include "aafkit/Values.h"
+#include "aafkit/meta/Ids.h"
+#include "essences.h"
+
+namespace {
+constexpr char kErrorSource[] = "AafParser/clips";
+// Source chains are short; a deeper one can only come from a malformed file.
+constexpr int kMaxSourceDepth = 32;
+
+using aafkit::Object;
+
+const std::vector<Object*>& slotsOf(const Object& mob) {
+    static const std::vector<Object*> kNone;
+    const std::vector<Object*>* slots = nullptr;
+    return aafkit::getObjects(mob, PID_Mob_Slots, slots) == AAFRESULT_SUCCESS && slots ? *slots : kNone;
+}
+
+AAFRESULT firstComponent(const Object& sequence, Object*& out) {
+    const std::vector<Object*>* components = nullptr;
+    AAFRESULT result = aafkit::getObjects(sequence, PID_Sequence_Components, components);
+    if (result != AAFRESULT_SUCCESS) return result;
+    if (components->empty()) return AAFRESULT_NO_MORE_OBJECTS;
+    out = components->front();
+    return AAFRESULT_SUCCESS;
+}
+
+// The segment of a timeline slot as a source clip: the segment itself, or the first
+// component of a sequence.
+Object* FindSourceClip(const Object& slot) {
+    if (!slot.isA(AUID_AAFTimelineMobSlot)) return nullptr;
+    Object* segment = nullptr;
+    if (AAF_FAILED(aafkit::getObject(slot, PID_MobSlot_Segment, segment))) return nullptr;
+    if (segment->isA(AUID_AAFSourceClip)) return segment;
+    Object* first = nullptr;
+    if (segment->isA(AUID_AAFSequence) && firstComponent(*segment, first) == AAFRESULT_SUCCESS &&
+        first->isA(AUID_AAFSourceClip))
+        return first;
+    return nullptr;
+}
+
+AAFRESULT resolveSourceMob(const Object& clip, Object*& mob) {
+    aafMobID_t sourceId = {};
+    AAFRESULT result = aafkit::getMobId(clip, PID_SourceReference_SourceID, sourceId);
+    if (result != AAFRESULT_SUCCESS) return result;
+    mob = clip.file().lookupMob(sourceId);
+    return mob ? AAFRESULT_SUCCESS : AAFRESULT_MOB_NOT_FOUND;
+}
+
+// The first locator of the mob's descriptor or, failing that, of the source mobs its
+// slots lead to; a locator found through a later slot replaces an earlier one.
+void FindLocator(const Object& sourceMob, Object*& locator, int depth) {
+    Object* descriptor = nullptr;
+    if (AAF_FAILED(aafkit::getEssenceDescriptor(sourceMob, descriptor))) return;
+    const std::vector<Object*>* locators = nullptr;
+    if (descriptor && aafkit::getObjects(*descriptor, PID_EssenceDescriptor_Locator, locators) == AAFRESULT_SUCCESS &&
+        !locators->empty()) {
+        locator = locators->front();
+        return;
+    }
+    if (depth >= kMaxSourceDepth) return;
+    for (Object* slot : slotsOf(sourceMob)) {
+        Object* clip = FindSourceClip(*slot);
+        Object* mob = nullptr;
+        if (!clip || AAF_FAILED(resolveSourceMob(*clip, mob))) continue;
+        if (mob->isA(AUID_AAFSourceMob)) FindLocator(*mob, locator, depth + 1);
+    }
+}
+
+AAFRESULT readLocatorPath(const Object& locator, wchar_t* path) {
+    if (!locator.isA(AUID_AAFNetworkLocator)) return AAFRESULT_ABSTRACT_CLASS;
+    return readText(locator, PID_NetworkLocator_URLString, path, kTextLength);
+}
+
+AAFRESULT ProcessSource(SourceClip& clip, const Object& reference, const Object& slot) {
+    SourceTrack track;
+    AAFRESULT result = aafkit::getMobId(reference, PID_SourceReference_SourceID, track.sourceId);
+    if (AAF_FAILED(result)) return result;
+    result = requiredProperty(aafkit::getUInt32(slot, PID_MobSlot_SlotID, track.slotId), slot, PID_MobSlot_SlotID);
+    if (AAF_FAILED(result)) return result;
+    track.isVideo = getDataDefType(slot);
+    clip.tracks.push_back(track);
+    return AAFRESULT_SUCCESS;
+}
+
+// A slot's segment, or the first component of its sequence, as a source reference.
+Object* slotReference(Object& segment) {
+    if (segment.isA(AUID_AAFSourceReference)) return &segment;
+    Object* first = nullptr;
+    if (segment.isA(AUID_AAFSequence) && firstComponent(segment, first) == AAFRESULT_SUCCESS &&
+        first->isA(AUID_AAFSourceReference))
+        return first;
+    return nullptr;
+}
+
+AAFRESULT readTimelineSlot(SourceClip& clip, const Object& slot) {
+    AAFRESULT result = requiredProperty(aafkit::getRational(slot, PID_TimelineMobSlot_EditRate, clip.editRate), slot,
+                                        PID_TimelineMobSlot_EditRate);
+    if (AAF_FAILED(result)) return result;
+    Object* segment = nullptr;
+    if (AAF_FAILED(result = aafkit::getObject(slot, PID_MobSlot_Segment, segment))) return result;
+    if (AAF_FAILED(result = aafkit::getInt64(*segment, PID_Component_Length, clip.length))) return result;
+    Object* reference = slotReference(*segment);
+    return reference ? ProcessSource(clip, *reference, slot) : AAFRESULT_SUCCESS;
+}
+
+bool isLowerLevel(const Object& mob) {
+    aafUID_t usage = {};
+    return aafkit::getUsageCode(mob, usage) == AAFRESULT_SUCCESS && usage == kAAFUsage_LowerLevel;
+}
+
+AAFRESULT readMasterMob(const Object& mob, SourceClip& clip) {
+    AAFRESULT result = readText(mob, PID_Mob_Name, clip.name, kTextLength);
+    if (AAF_FAILED(result)) return result;
+    result = requiredProperty(aafkit::getMobId(mob, PID_Mob_MobID, clip.mobId), mob, PID_Mob_MobID);
+    if (AAF_FAILED(result)) return result;
+    mobId2String(clip.id, clip.mobId, kTextLength);
+    for (Object* slot : slotsOf(mob)) {
+        if (!slot->isA(AUID_AAFTimelineMobSlot)) continue;
+        if ((result = readTimelineSlot(clip, *slot)) != AAFRESULT_SUCCESS) return result;
+    }
+    return AAFRESULT_SUCCESS;
+}
+
+AAFRESULT catalogueMasterMobs(AafParseContext& context) {
+    std::vector<Object*> mobs;
+    AAFRESULT result = aafkit::getMobs(*context.file, aafkit::kAAFMasterMob, mobs);
+    if (AAF_FAILED(result)) return result;
+    for (Object* mob : mobs) {
+        if (isLowerLevel(*mob)) continue;
+        SourceClip clip;
+        if (readMasterMob(*mob, clip) == AAFRESULT_SUCCESS) context.clips.push_back(std::move(clip));
+    }
+    return AAFRESULT_SUCCESS;
+}
+
+SourceClip* clipUsingSource(std::vector<SourceClip>& clips, const aafMobID_t& sourceId) {
+    for (SourceClip& clip : clips)
+        for (const SourceTrack& track : clip.tracks)
+            if (track.sourceId == sourceId) return &clip;
+    return nullptr;
+}
+
+void describeClip(SourceClip& clip, const Object& fileMob) {
+    Object* descriptor = nullptr;
+    if (!AAF_FAILED(aafkit::getEssenceDescriptor(fileMob, descriptor)) && descriptor)
+        processEssenceDescriptor(clip, *descriptor);
+    Object* locator = nullptr;
+    FindLocator(fileMob, locator, 0);
+    if (locator) AAF_REPORT(readLocatorPath(*locator, clip.path));
+}
+
+AAFRESULT attachFileMobs(AafParseContext& context) {
+    std::vector<Object*> mobs;
+    AAFRESULT result = aafkit::getMobs(*context.file, aafkit::kAAFFileMob, mobs);
+    if (AAF_FAILED(result)) return result;
+    for (Object* mob : mobs) {
+        aafMobID_t mobId = {};
+        if (AAF_FAILED(requiredProperty(aafkit::getMobId(*mob, PID_Mob_MobID, mobId), *mob, PID_Mob_MobID))) continue;
+        if (SourceClip* clip = clipUsingSource(context.clips, mobId)) describeClip(*clip, *mob);
+    }
+    return AAFRESULT_SUCCESS;
+}
+
+bool badClip(const AafParseContext* context, uint32_t clip) { return !context || clip >= context->clips.size(); }
+
+using ClipText = wchar_t (SourceClip::*)[kTextLength];
+
+AAFRESULT loadClipText(uint32_t clip, wchar_t* buffer, int32_t length, const AafParseContext* context,
+                       ClipText text) {
+    if (badClip(context, clip)) return kInvalidArgument;
+    return copyTextToHost(context->clips[clip].*text, buffer, length);
+}
+
+}  // namespace
+
+double rationalToDouble(const aafRational_t& rate) {
+    return rate.denominator == 0 ? 0.0 : double(rate.numerator) / double(rate.denominator);
+}
+
+uint8_t getDataDefType(const Object& slot) {
+    Object* segment = nullptr;
+    Object* definition = nullptr;
+    aafUID_t id = {};
+    if (AAF_FAILED(aafkit::getObject(slot, PID_MobSlot_Segment, segment)) ||
+        AAF_FAILED(aafkit::getReferenced(*segment, PID_Component_DataDefinition, definition)) ||
+        AAF_FAILED(aafkit::getAuid(*definition, PID_DefinitionObject_Identification, id)))
+        return 0;
+    return id == kAAFDataDef_Picture || id == kAAFDataDef_LegacyPicture ? 1 : 0;
+}
+
+AAFRESULT ParseClips(AafParseContext* context) {
+    if (context && catalogueMasterMobs(*context) == AAFRESULT_SUCCESS) attachFileMobs(*context);
+    return AAFRESULT_SUCCESS;
+}
+
+uint32_t GetNumClips(AafParseContext* context) { return context ? uint32_t(context->clips.size()) : 0; }
+
+AAFRESULT LoadClipID(uint32_t clip, wchar_t* buffer, int32_t length, AafParseContext* context) {
+    return loadClipText(clip, buffer, length, context, &SourceClip::id);
+}
+
+AAFRESULT LoadClipName(uint32_t clip, wchar_t* buffer, int32_t length, AafParseContext* context) {
+    return loadClipText(clip, buffer, length, context, &SourceClip::name);
+}
+
+AAFRESULT LoadClipPath(uint32_t clip, wchar_t* buffer, int32_t length, AafParseContext* context) {
+    return loadClipText(clip, buffer, length, context, &SourceClip::path);
+}
+
+uint32_t LoadClipType(uint32_t clip, AafParseContext* context) {
+    if (badClip(context, clip)) return 0;
+    const SourceClip& c = context->clips[clip];
+    return c.hasVideo + 2u * c.hasAudio;
+}
+
+uint32_t GetClipIsVideo(uint32_t clip, uint32_t track, AafParseContext* context) {
+    if (badClip(context, clip) || track >= context->clips[clip].tracks.size()) return 0xFFFFFFFFu;
+    const SourceTrack& t = context->clips[clip].tracks[track];
+    return t.isVideo + 2u * t.slotId;
+}
