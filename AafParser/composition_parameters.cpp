@@ -1,0 +1,166 @@
+#include <cstring>
+#include <cwchar>
+
+#include "aafbridge/aaf_writer.h"
+#include "aafkit/Dictionary.h"
+#include "aafkit/ResultCodes.h"
+#include "aafkit/Values.h"
+#include "aafkit/meta/Ids.h"
+#include "composition.h"
+#include "reader_ids.h"
+
+namespace {
+constexpr char kErrorSource[] = "AafParser/composition";
+
+int32_t int32At(const uint8_t* bytes) {
+    return int32_t(uint32_t(bytes[0]) | uint32_t(bytes[1]) << 8 | uint32_t(bytes[2]) << 16 |
+                   uint32_t(bytes[3]) << 24);
+}
+
+bool isTakenParameter(const aafUID_t& id) {
+    const aafUID_t taken[] = {kAAFParameterDef_Amplitude, kAAFParameterDef_Pan, kAAFParameterDef_Opacity,
+                              kAAFParameterDef_Ratio,     avidVarVolumeParam,   avidVarPanParam};
+    for (const aafUID_t& candidate : taken)
+        if (candidate == id) return true;
+    return false;
+}
+
+// The parameter's definition as the dictionary holds it, then that definition's identifier.
+AAFRESULT parameterDefinitionId(const Object& parameter, aafUID_t& id) {
+    aafUID_t definitionId = {};
+    AAFRESULT result = requiredProperty(aafkit::getAuid(parameter, PID_Parameter_Definition, definitionId),
+                                        parameter, PID_Parameter_Definition);
+    Object* definition = nullptr;
+    if (AAF_FAILED(result) ||
+        AAF_FAILED(result = aafkit::lookupDefinition(parameter.file(), PID_Dictionary_ParameterDefinitions,
+                                                     definitionId, definition)) ||
+        AAF_FAILED(result = aafkit::getAuid(*definition, PID_DefinitionObject_Identification, id)))
+        return result;
+    return AAFRESULT_SUCCESS;
+}
+
+// GetValueBufLen: the value's size in memory; strings widen to wchar_t, other values keep
+// their stored size.
+AAFRESULT valueBufLen(const Object& holder, uint16_t pid, size_t& size) {
+    aafUID_t typeId = {};
+    std::vector<uint8_t> value;
+    AAFRESULT result = aafkit::getIndirectType(holder, pid, typeId);
+    if (result == AAFRESULT_SUCCESS) result = aafkit::getIndirectValue(holder, pid, value);
+    if (result != AAFRESULT_SUCCESS) return result;
+    const aafkit::meta::TypeDef* type = holder.file().model().findType(typeId);
+    if (!type) return AAFRESULT_TYPE_NOT_FOUND;
+    const bool isString = type->kind == aafkit::meta::TypeKind::String;
+    size = isString ? value.size() / 2 * sizeof(wchar_t) : value.size();
+    return AAFRESULT_SUCCESS;
+}
+
+// GetValue into a buffer of exactly `size` bytes (4 or 8); the read counts only when the
+// stored value fills it.
+AAFRESULT readValue(const Object& holder, uint16_t pid, size_t size, std::vector<uint8_t>& out) {
+    AAFRESULT result = aafkit::getIndirectValue(holder, pid, out);
+    if (result != AAFRESULT_SUCCESS) return result;
+    if (out.size() > size) return AAFRESULT_SMALLBUF;
+    if (out.size() < size) return AAFRESULT_ILLEGAL_VALUE;
+    return AAFRESULT_SUCCESS;
+}
+
+bool isReadableSize(size_t size) { return size == 4 || size == 8; }
+
+// A control point's value after its time; a size other than 4 or 8 adds no value.
+AAFRESULT appendPointValue(const Object& point, Effect& effect) {
+    size_t size = 0;
+    if (valueBufLen(point, PID_ControlPoint_Value, size) != AAFRESULT_SUCCESS || !isReadableSize(size))
+        return AAFRESULT_SUCCESS;
+    std::vector<uint8_t> bytes;
+    AAFRESULT result = readValue(point, PID_ControlPoint_Value, size, bytes);
+    if (AAF_FAILED(result)) return result;
+    double value = 0.0;
+    if (valueAsDouble(bytes, value)) effect.params.push_back(value);
+    return AAFRESULT_SUCCESS;
+}
+
+// One constant with the searched identifier copied into the caller's slots.
+AAFRESULT copyNamedValue(const Object& constant, int32_t out[2]) {
+    size_t size = 0;
+    if (valueBufLen(constant, PID_ConstantValue_Value, size) != AAFRESULT_SUCCESS || !isReadableSize(size))
+        return AAFRESULT_SUCCESS;
+    std::vector<uint8_t> bytes;
+    AAFRESULT result = readValue(constant, PID_ConstantValue_Value, size, bytes);
+    if (AAF_FAILED(result)) return result;
+    out[0] = int32At(bytes.data());
+    if (size == 8) out[1] = int32At(bytes.data() + 4);
+    return AAFRESULT_SUCCESS;
+}
+
+}  // namespace
+
+bool valueAsDouble(const std::vector<uint8_t>& bytes, double& out) {
+    if (bytes.size() == 4) {
+        out = double(int32At(bytes.data()));
+        return true;
+    }
+    if (bytes.size() == 8) {
+        out = rationalToDouble({int32At(bytes.data()), int32At(bytes.data() + 4)});
+        return true;
+    }
+    return false;
+}
+
+AAFRESULT ProcessParameters(const Object& group, Effect& effect) {
+    const std::vector<Object*>* parameters = nullptr;
+    if (aafkit::getObjects(group, PID_OperationGroup_Parameters, parameters) != AAFRESULT_SUCCESS)
+        return AAFRESULT_SUCCESS;
+    for (Object* parameter : *parameters) {
+        aafUID_t id = {};
+        if (parameterDefinitionId(*parameter, id) != AAFRESULT_SUCCESS) break;
+        if (!isTakenParameter(id)) continue;
+        if (parameter->isA(AUID_AAFConstantValue)) {
+            if (AAF_FAILED(ProcessConstParam(*parameter, effect))) break;
+        } else if (parameter->isA(AUID_AAFVaryingValue)) {
+            ProcessVarParam(*parameter, effect);
+        }
+    }
+    return AAFRESULT_SUCCESS;
+}
+
+AAFRESULT ProcessConstParam(const Object& constant, Effect& effect) {
+    size_t size = 0;
+    if (valueBufLen(constant, PID_ConstantValue_Value, size) != AAFRESULT_SUCCESS || !isReadableSize(size))
+        return AAFRESULT_SUCCESS;
+    std::vector<uint8_t> bytes;
+    if (AAF_FAILED(readValue(constant, PID_ConstantValue_Value, size, bytes))) return kInvalidArgument;
+    double value = 0.0;
+    if (valueAsDouble(bytes, value)) effect.params.push_back(value);
+    return AAFRESULT_SUCCESS;
+}
+
+AAFRESULT ProcessVarParam(const Object& varying, Effect& effect) {
+    const std::vector<Object*>* points = nullptr;
+    if (AAF_FAILED(requiredProperty(aafkit::getObjects(varying, PID_VaryingValue_PointList, points), varying,
+                                    PID_VaryingValue_PointList)) ||
+        !points)
+        return AAFRESULT_SUCCESS;
+    for (Object* point : *points) {
+        aafRational_t time = {0, 0};
+        if (AAF_FAILED(requiredProperty(aafkit::getRational(*point, PID_ControlPoint_Time, time), *point,
+                                        PID_ControlPoint_Time)))
+            return AAFRESULT_SUCCESS;
+        // The time is kept as stored; a zero denominator gives an infinite or NaN time.
+        effect.keyFrames.push_back(double(time.numerator) / double(time.denominator));
+        if (appendPointValue(*point, effect) != AAFRESULT_SUCCESS) return AAFRESULT_SUCCESS;
+    }
+    return AAFRESULT_SUCCESS;
+}
+
+AAFRESULT GetParamValue(const Object& group, const aafUID_t& parameterId, int32_t out[2]) {
+    const std::vector<Object*>* parameters = nullptr;
+    if (aafkit::getObjects(group, PID_OperationGroup_Parameters, parameters) != AAFRESULT_SUCCESS)
+        return AAFRESULT_SUCCESS;
+    for (Object* parameter : *parameters) {
+        aafUID_t id = {};
+        if (parameterDefinitionId(*parameter, id) != AAFRESULT_SUCCESS) break;
+        if (id != parameterId || !parameter->isA(AUID_AAFConstantValue)) continue;
+        if (copyNamedValue(*parameter, out) != AAFRESULT_SUCCESS) break;
+    }
+    return AAFRESULT_SUCCESS;
+}
