@@ -181,7 +181,7 @@ def parse_details(row):
     if kind is None:
         row.fail(f"unknown type kind '{row['kind']}'")
     if details.keys() != kind[1]:
-        row.fail(f"details of a {row['kind']} must be {sorted(kind[1])}, got {sorted(details)}")
+        row.fail(f"{row['kind']} details must be {sorted(kind[1])}, got {sorted(details)}")
     return details
 
 
