@@ -1,8 +1,7 @@
 #include "File.h"
 
 #include <cstring>
-#include <fstream>
-#include <iterator>
+#include <cstdio>
 
 #include "ResultCodes.h"
 #include "Values.h"
@@ -31,10 +30,17 @@ bool isAafFile(const std::vector<uint8_t>& bytes) {
 }
 
 bool readWholeFile(const std::string& path, std::vector<uint8_t>& out) {
-    std::ifstream in(path, std::ios::binary);
+    std::FILE* in = std::fopen(path.c_str(), "rb");
     if (!in) return false;
-    out.assign(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
-    return !in.bad();
+    bool ok = std::fseek(in, 0, SEEK_END) == 0;
+    const long size = ok ? std::ftell(in) : -1;
+    ok = size >= 0 && std::fseek(in, 0, SEEK_SET) == 0;
+    if (ok) {
+        out.resize(size_t(size));
+        ok = std::fread(out.data(), 1, out.size(), in) == out.size();
+    }
+    std::fclose(in);
+    return ok;
 }
 
 std::string resolveCacheKey(uint32_t pathId, const std::vector<uint8_t>& key) {

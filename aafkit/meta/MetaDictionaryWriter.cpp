@@ -18,6 +18,11 @@ std::string keyOf(const aafUID_t& id) {
     return std::string(reinterpret_cast<const char*>(bytes), 16);
 }
 
+bool usesElement(TypeKind kind) {
+    return kind == TypeKind::Enum || kind == TypeKind::FixedArray || kind == TypeKind::VariableArray ||
+           kind == TypeKind::Set || kind == TypeKind::String || kind == TypeKind::Rename;
+}
+
 class MetaDictionaryWriter {
 public:
     explicit MetaDictionaryWriter(File& file) : file_(file), model_(file.model()) {}
@@ -42,7 +47,9 @@ private:
 
 void MetaDictionaryWriter::collectType(const aafUID_t& id) {
     const TypeDef* type = model_.findType(id);
-    if (!type || !typeKeys_.insert(keyOf(id)).second) return;
+    // A type whose element the model does not define cannot be described without a dangling reference.
+    if (!type || (usesElement(type->kind) && !model_.findType(type->element))) return;
+    if (!typeKeys_.insert(keyOf(id)).second) return;
     types_.push_back(type);
     collectType(type->element);
     for (const TypeMember& m : type->members) collectType(m.type);

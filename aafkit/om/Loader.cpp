@@ -33,7 +33,7 @@ public:
 
 private:
     Status readNamedStream(const cfb::DirectoryEntry& storage, const std::string& name,
-                           std::vector<uint8_t>& out, const std::string& where);
+                           std::vector<uint8_t>& out);
     Status loadValue(const cfb::DirectoryEntry& storage, Object& object, Property& p,
                      const uint8_t* value, int depth);
     Status loadStrongRef(const cfb::DirectoryEntry& storage, Property& p, Object& owner, int depth);
@@ -42,7 +42,7 @@ private:
     Status loadWeakCollection(const cfb::DirectoryEntry& storage, Property& p);
     Status loadChild(const cfb::DirectoryEntry& storage, const std::string& name, Property& p,
                      Object& owner, int depth, Object*& out);
-    Status readWeak(ByteReader& in, WeakReference& out, const std::string& where);
+    bool readWeak(ByteReader& in, WeakReference& out);
 
     const cfb::CompoundFileReader& cfb_;
     File& file_;
@@ -61,10 +61,10 @@ std::string storedName(const Property& p) {
 }
 
 Status ObjectLoader::readNamedStream(const cfb::DirectoryEntry& storage, const std::string& name,
-                                     std::vector<uint8_t>& out, const std::string& where) {
+                                     std::vector<uint8_t>& out) {
     const cfb::DirectoryEntry* stream = cfb_.child(storage, name);
     if (!stream || stream->type != cfb::EntryType::Stream)
-        return Status::error("missing stream \"" + name + "\" in " + where);
+        return Status::error("missing stream \"" + name + "\" in \"" + storage.name + "\"");
     return cfb_.readStream(*stream, out);
 }
 
@@ -82,24 +82,24 @@ Status ObjectLoader::loadObject(const cfb::DirectoryEntry& storage, int depth, O
 Status ObjectLoader::loadProperties(const cfb::DirectoryEntry& storage, Object& object, int depth,
                                     const std::vector<uint16_t>* onlyPids) {
     std::vector<uint8_t> bytes;
-    const std::string where = "object \"" + storage.name + "\"";
-    if (Status s = readNamedStream(storage, "properties", bytes, where); !s) return s;
+    if (Status s = readNamedStream(storage, "properties", bytes); !s) return s;
+    auto where = [&] { return "object \"" + storage.name + "\""; };
     ByteReader in(bytes.data(), bytes.size());
     uint8_t byteOrder = 0, version = 0;
     uint16_t count = 0;
     if (!in.u8(byteOrder) || !in.u8(version) || !in.u16(count))
-        return Status::error("truncated properties header in " + where);
-    if (byteOrder != 0x4c) return Status::error("big-endian properties are not supported in " + where);
+        return Status::error("truncated properties header in " + where());
+    if (byteOrder != 0x4c) return Status::error("big-endian properties are not supported in " + where());
     std::vector<Entry> entries(count);
     for (Entry& e : entries)
         if (!in.u16(e.pid) || !in.u16(e.form) || !in.u16(e.length))
-            return Status::error("truncated property table in " + where);
+            return Status::error("truncated property table in " + where());
     for (const Entry& e : entries) {
         const uint8_t* value = nullptr;
         if (!in.bytes(e.length, value))
-            return Status::error("property 0x" + hex(e.pid) + " runs past the end of " + where);
+            return Status::error("property 0x" + hex(e.pid) + " runs past the end of " + where());
         if (onlyPids && std::find(onlyPids->begin(), onlyPids->end(), e.pid) == onlyPids->end()) continue;
-        if (object.find(e.pid)) return Status::error("duplicate property 0x" + hex(e.pid) + " in " + where);
+        if (object.find(e.pid)) return Status::error("duplicate property 0x" + hex(e.pid) + " in " + where());
         Property& p = object.properties().emplace_back();
         p.pid = e.pid;
         p.form = e.form;
@@ -111,7 +111,7 @@ Status ObjectLoader::loadProperties(const cfb::DirectoryEntry& storage, Object& 
 
 Status ObjectLoader::loadValue(const cfb::DirectoryEntry& storage, Object& object, Property& p,
                                const uint8_t* value, int depth) {
-    const std::string where = "property 0x" + hex(p.pid) + " of \"" + storage.name + "\"";
+    auto where = [&] { return "property 0x" + hex(p.pid) + " of \"" + storage.name + "\""; };
     switch (p.storedForm()) {
     case StoredForm::StrongRef:
         return loadStrongRef(storage, p, object, depth);
@@ -122,31 +122,32 @@ Status ObjectLoader::loadValue(const cfb::DirectoryEntry& storage, Object& objec
     case StoredForm::WeakRef: {
         ByteReader in(value, p.data.size());
         p.weak.emplace_back();
-        return readWeak(in, p.weak.back(), where);
+        if (!readWeak(in, p.weak.back())) return Status::error("malformed weak reference in " + where());
+        return Status();
     }
     case StoredForm::WeakRefVector:
     case StoredForm::WeakRefSet:
         return loadWeakCollection(storage, p);
     case StoredForm::DataStream: {
-        if (p.data.size() < 3 || p.data[0] != 0x55) return Status::error("malformed stream reference in " + where);
+        if (p.data.size() < 3 || p.data[0] != 0x55) return Status::error("malformed stream reference in " + where());
         std::wstring name = utf16ToWide(p.data.data() + 1, p.data.size() - 1);
-        return readNamedStream(storage, wideToUtf8(name), p.stream, where);
+        return readNamedStream(storage, wideToUtf8(name), p.stream);
     }
     default:
         return Status();  // data and rare forms keep their bytes
     }
 }
 
-Status ObjectLoader::readWeak(ByteReader& in, WeakReference& out, const std::string& where) {
+bool ObjectLoader::readWeak(ByteReader& in, WeakReference& out) {
     uint16_t tag = 0;
     uint8_t keySize = 0;
     const uint8_t* key = nullptr;
-    if (!in.u16(tag) || !in.u16(out.keyPid) || !in.u8(keySize) || !in.bytes(keySize, key))
-        return Status::error("truncated weak reference in " + where);
-    if (tag >= file_.paths().size()) return Status::error("weak reference tag out of range in " + where);
+    if (!in.u16(tag) || !in.u16(out.keyPid) || !in.u8(keySize) || !in.bytes(keySize, key) ||
+        tag >= file_.paths().size())
+        return false;
     out.pathId = tag;
     out.key.assign(key, key + keySize);
-    return Status();
+    return true;
 }
 
 Status ObjectLoader::loadChild(const cfb::DirectoryEntry& storage, const std::string& name, Property& p,
@@ -168,7 +169,7 @@ Status ObjectLoader::loadStrongRef(const cfb::DirectoryEntry& storage, Property&
 Status ObjectLoader::loadVector(const cfb::DirectoryEntry& storage, Property& p, Object& owner, int depth) {
     const std::string base = storedName(p);
     std::vector<uint8_t> index;
-    if (Status s = readNamedStream(storage, base + " index", index, "\"" + storage.name + "\""); !s) return s;
+    if (Status s = readNamedStream(storage, base + " index", index); !s) return s;
     ByteReader in(index.data(), index.size());
     uint32_t count = 0, nextFree = 0, lastFree = 0;
     if (!in.u32(count) || !in.u32(nextFree) || !in.u32(lastFree) || count > in.remaining() / 4)
@@ -187,7 +188,7 @@ Status ObjectLoader::loadVector(const cfb::DirectoryEntry& storage, Property& p,
 Status ObjectLoader::loadSet(const cfb::DirectoryEntry& storage, Property& p, Object& owner, int depth) {
     const std::string base = storedName(p);
     std::vector<uint8_t> index;
-    if (Status s = readNamedStream(storage, base + " index", index, "\"" + storage.name + "\""); !s) return s;
+    if (Status s = readNamedStream(storage, base + " index", index); !s) return s;
     ByteReader in(index.data(), index.size());
     uint32_t count = 0, nextFree = 0, lastFree = 0;
     if (!in.u32(count) || !in.u32(nextFree) || !in.u32(lastFree) || !in.u16(p.keyPid) || !in.u8(p.keySize) ||
@@ -214,9 +215,9 @@ Status ObjectLoader::loadSet(const cfb::DirectoryEntry& storage, Property& p, Ob
 
 Status ObjectLoader::loadWeakCollection(const cfb::DirectoryEntry& storage, Property& p) {
     const std::string base = storedName(p);
-    const std::string where = "\"" + base + " index\" in \"" + storage.name + "\"";
     std::vector<uint8_t> index;
-    if (Status s = readNamedStream(storage, base + " index", index, where); !s) return s;
+    if (Status s = readNamedStream(storage, base + " index", index); !s) return s;
+    const std::string where = "\"" + base + " index\" in \"" + storage.name + "\"";
     ByteReader in(index.data(), index.size());
     uint32_t count = 0;
     uint16_t tag = 0, keyPid = 0;
