@@ -9,6 +9,9 @@
 #include "aafkit/AafTypes.h"
 
 struct AafWriterContext;
+namespace aafkit {
+class Object;
+}
 
 constexpr size_t kClipTextLength = 1024;
 
@@ -56,3 +59,13 @@ aafMobID_t mobIdToHostOrder(const aafMobID_t& networkOrder);
 // Writing (inside WriteAafFile): master, file and import source mobs; sub-clip mobs.
 AAFRESULT WriteClips(AafWriterContext* context);
 AAFRESULT WriteSubClips(AafWriterContext* context);
+AAFRESULT writeSubClip(Clip& subClip, AafWriterContext* context);
+void createSourceMob(Clip& clip, const ClipTrack& track, int64_t startTimecode, const aafMobID_t& masterMobId,
+                     const wchar_t* path, aafkit::Object& importSourceMob, AafWriterContext* context);
+// A source clip of the track's picture or sound kind and length; another kind throws 0x8012016A.
+aafkit::Object& createSourceClip(const aafSourceRef_t& sourceRef, const ClipTrack& track,
+                                 AafWriterContext* context);
+// Appends a timeline slot (origin 0, empty name) numbered after the mob's slots; tracks 1
+// and 2 both get physical number 1. Answers the slot ID.
+uint32_t addTimelineSlot(aafkit::Object& mob, const aafRational_t& editRate, aafkit::Object& segment,
+                         uint32_t trackNumber, AafWriterContext* context);

@@ -131,10 +131,10 @@ AAFRESULT AppendEffect(uint32_t track, uint32_t effectType, int64_t length, cons
     Track* target = nullptr;
     AAFRESULT result = checkTrack(context, track, target);
     if (result != AAFRESULT_SUCCESS) return result;
-    // Refused rather than read through a null array.
-    if ((valueCount > 0 && !values) || (keyFrameCount > 0 && !keyFrames)) return AAFRESULT_INVALID_PARAM;
+    // Every effect is written with its first value, and one value per key frame.
+    if (valueCount == 0 || !values) return AAFRESULT_INVALID_PARAM;
+    if (keyFrameCount > 0 && (!keyFrames || uint32_t(keyFrameCount) > valueCount)) return AAFRESULT_INVALID_PARAM;
     bool isSpeed = effectType == kEffectSpeed || effectType == kEffectSpeedAlternate;
-    if (isSpeed && valueCount == 0) return AAFRESULT_INVALID_PARAM;  // the speed is the first value
 
     auto* effect = new Effect();
     effect->numInputs = 1;
@@ -182,6 +182,13 @@ int32_t truncateToInt32(double value) {
     if (value >= 2147483647.0) return INT32_MAX;
     if (value <= -2147483648.0) return INT32_MIN;
     return int32_t(value);
+}
+
+int64_t truncateToInt64(double value) {
+    if (std::isnan(value)) return 0;
+    if (value >= 9223372036854775807.0) return INT64_MAX;
+    if (value <= -9223372036854775808.0) return INT64_MIN;
+    return int64_t(value);
 }
 
 aafRational_t getEditRate(double rate) {

@@ -20,6 +20,7 @@ AAFRESULT AppendEffect(uint32_t track, uint32_t effectType, int64_t length, cons
 aafRational_t getEditRate(double rate);
 // Truncation toward zero, saturated at the 32-bit range (NaN gives 0) so odd input stays defined.
 int32_t truncateToInt32(double value);
+int64_t truncateToInt64(double value);
 // A value as a rational with a power-of-ten denominator, not reduced: 0.25 -> 25/100.
 aafRational_t doubleToRatio(double value);
 

@@ -166,6 +166,9 @@ TEST(CompositionBuilding, SpeedEffectsCarryTheirFirstValueAsSpeed) {
     ASSERT_EQ(AppendSpeedEffect(0, false, 100, values + 1, 1, nullptr, 0, c), AAFRESULT_SUCCESS);
     EXPECT_EQ(AppendSpeedEffect(0, false, 100, nullptr, 0, nullptr, 0, c), AAFRESULT_INVALID_PARAM);
     EXPECT_EQ(AppendVolumeEffect(0, 100, nullptr, 2, nullptr, 0, c), AAFRESULT_INVALID_PARAM);
+    EXPECT_EQ(AppendVolumeEffect(0, 100, values, 0, nullptr, 0, c), AAFRESULT_INVALID_PARAM);
+    EXPECT_EQ(AppendVolumeEffect(0, 100, values, 2, values, 3, c), AAFRESULT_INVALID_PARAM);  // a key frame without value
+    EXPECT_EQ(AppendVolumeEffect(0, 100, values, 2, nullptr, 2, c), AAFRESULT_INVALID_PARAM);
     const auto& events = c->sequence.tracks[0].events;
     ASSERT_EQ(events.size(), 3u);
     auto* first = static_cast<Effect*>(events[1]);
