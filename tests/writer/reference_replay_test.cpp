@@ -3,7 +3,9 @@
 #include <cstdio>
 #include <string>
 
+#include "ObjectTree.h"
 #include "ReferenceScript.h"
+#include "aafkit/File.h"
 
 namespace {
 
@@ -13,7 +15,14 @@ TEST_P(ReferenceReplay, AnswersAsTheReferenceBuild) {
     const std::string name = GetParam();
     const std::string output = ::testing::TempDir() + "replay_" + name + ".aaf";
     std::remove(output.c_str());
-    EXPECT_EQ(replayScript(loadScript(name), output), "");
+    ASSERT_EQ(replayScript(loadScript(name), output), "");
+
+    std::unique_ptr<aafkit::File> written, reference;
+    aafkit::Status why;
+    ASSERT_EQ(aafkit::File::openExistingRead(output, written, &why), 0) << why.message();
+    ASSERT_EQ(aafkit::File::openExistingRead(referencePath(name), reference, &why), 0) << why.message();
+    EXPECT_EQ(firstDifference(canonicalTree(*written), canonicalTree(*reference)), "");
+    std::remove(output.c_str());
 }
 
 INSTANTIATE_TEST_SUITE_P(Scripts, ReferenceReplay,
