@@ -26,37 +26,10 @@ constexpr size_t kHeaderDifatCount = 109;
 constexpr size_t kEntrySize = 128;
 constexpr size_t kMaxNameUnits = 31;  // plus the terminating zero in 64 bytes
 
-// Byte offsets inside the header.
-namespace header {
-constexpr size_t kClsid = 8;
-constexpr size_t kMinorVersion = 24;
-constexpr size_t kMajorVersion = 26;
-constexpr size_t kByteOrder = 28;
-constexpr size_t kSectorShift = 30;
-constexpr size_t kMiniSectorShift = 32;
-constexpr size_t kDirectorySectorCount = 40;
-constexpr size_t kFatSectorCount = 44;
-constexpr size_t kFirstDirectorySector = 48;
-constexpr size_t kMiniStreamCutoff = 56;
-constexpr size_t kFirstMiniFatSector = 60;
-constexpr size_t kMiniFatSectorCount = 64;
-constexpr size_t kFirstDifatSector = 68;
-constexpr size_t kDifatSectorCount = 72;
-constexpr size_t kDifat = 76;
-}  // namespace header
-
-// Byte offsets inside a 128-byte directory entry.
-namespace entry {
-constexpr size_t kNameLength = 64;
-constexpr size_t kType = 66;
-constexpr size_t kColor = 67;
-constexpr size_t kLeft = 68;
-constexpr size_t kRight = 72;
-constexpr size_t kChild = 76;
-constexpr size_t kClsid = 80;
-constexpr size_t kStartSector = 116;
-constexpr size_t kSize = 120;
-}  // namespace entry
+// Whole sectors (or mini sectors) needed for `bytes`.
+constexpr uint64_t unitsFor(uint64_t bytes, uint32_t unitSize) {
+    return bytes / unitSize + (bytes % unitSize != 0);
+}
 
 constexpr uint8_t kRed = 0;
 constexpr uint8_t kBlack = 1;

@@ -1,0 +1,32 @@
+#pragma once
+// A FAT or mini FAT as read from a file: the next-sector link of every sector,
+// proven free of loops once so that walking a chain always ends.
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "aafkit/Status.h"
+
+namespace aafkit::cfb {
+
+class AllocationTable {
+public:
+    // `links` may cover more sectors than exist; links past `sectorCount` are dropped.
+    // Fails if any chain loops. `name` says which table in error messages.
+    Status assign(std::vector<uint32_t> links, size_t sectorCount, std::string name);
+
+    size_t sectorCount() const { return links_.size(); }
+    // The first `count` sectors of the chain starting at `start`.
+    Status chain(uint32_t start, uint64_t count, std::vector<uint32_t>& out) const;
+    // The chain starting at `start` up to its end-of-chain mark.
+    Status wholeChain(uint32_t start, std::vector<uint32_t>& out) const;
+
+private:
+    Status findLoop() const;
+    Status outOfRange(uint32_t sector, uint32_t from) const;  // or ended early
+
+    std::vector<uint32_t> links_;
+    std::string name_;
+};
+
+}  // namespace aafkit::cfb

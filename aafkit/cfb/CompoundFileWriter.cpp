@@ -1,0 +1,190 @@
+#include "aafkit/cfb/CompoundFileWriter.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <cstring>
+#include <fstream>
+
+#include "aafkit/ByteWriter.h"
+#include "aafkit/cfb/CompoundFileFormat.h"
+#include "aafkit/cfb/DirectoryTree.h"
+#include "aafkit/cfb/EntryName.h"
+#include "aafkit/cfb/EntryRecord.h"
+#include "aafkit/cfb/FileHeader.h"
+#include "aafkit/cfb/SectorLayout.h"
+
+namespace aafkit::cfb {
+namespace {
+
+// AAF files with 4096-byte sectors carry this file-kind signature.
+constexpr uint8_t kAafSignature4096[16] = {0x01, 0x02, 0x01, 0x0d, 0x00, 0x02, 0x00, 0x00,
+                                           0x06, 0x0e, 0x2b, 0x34, 0x03, 0x02, 0x01, 0x01};
+constexpr uint8_t kNoClsid[16] = {};
+
+Status nameError(const char* what, uint32_t id, const std::string& name) {
+    return Status::error(std::string(what) + " at entry " + std::to_string(id) + " '" + name + "'");
+}
+
+Status checkName(uint32_t id, const std::string& name, std::u16string& utf16) {
+    if (!utf8ToUtf16(name, utf16)) return nameError("name not UTF-8", id, name);
+    if (utf16.empty()) return nameError("empty name", id, name);
+    if (utf16.size() > kMaxNameUnits) return nameError("name longer than 31 UTF-16 units", id, name);
+    if (utf16.find_first_of(u"/\\:!") != std::u16string::npos)
+        return nameError("name with one of / \\ : !", id, name);
+    return Status();
+}
+
+void padTo(ByteWriter& out, size_t unit) { out.zeros((unit - out.size() % unit) % unit); }
+
+}  // namespace
+
+CompoundFileWriter::CompoundFileWriter() {
+    nodes_.push_back(Node{"Root Entry", EntryType::Root, {}, {}, {}});
+    std::memcpy(headerClsid_, kAafSignature4096, sizeof headerClsid_);
+}
+
+void CompoundFileWriter::setHeaderClsid(const uint8_t clsid[16]) {
+    std::memcpy(headerClsid_, clsid, sizeof headerClsid_);
+}
+
+bool CompoundFileWriter::isStorage(uint32_t id) const {
+    return id < nodes_.size() && nodes_[id].type != EntryType::Stream;
+}
+
+void CompoundFileWriter::setClsid(uint32_t storage, const uint8_t clsid[16]) {
+    if (isStorage(storage))
+        std::memcpy(nodes_[storage].clsid, clsid, sizeof nodes_[storage].clsid);
+    else if (misuse_.empty())
+        misuse_ = "setClsid on no storage at entry " + std::to_string(storage);
+}
+
+uint32_t CompoundFileWriter::addNode(uint32_t parent, std::string name, EntryType type,
+                                     const uint8_t clsid[16]) {
+    if (!isStorage(parent)) {
+        if (misuse_.empty()) misuse_ = "parent is no storage at entry " + std::to_string(parent);
+        return kNoStream;
+    }
+    const auto id = uint32_t(nodes_.size());
+    nodes_.push_back(Node{std::move(name), type, {}, {}, {}});
+    std::memcpy(nodes_.back().clsid, clsid, sizeof nodes_.back().clsid);
+    nodes_[parent].children.push_back(id);
+    return id;
+}
+
+uint32_t CompoundFileWriter::addStorage(uint32_t parent, std::string name, const uint8_t clsid[16]) {
+    return addNode(parent, std::move(name), EntryType::Storage, clsid);
+}
+
+void CompoundFileWriter::addStream(uint32_t parent, std::string name, std::vector<uint8_t> data) {
+    const uint32_t id = addNode(parent, std::move(name), EntryType::Stream, kNoClsid);
+    if (id != kNoStream) nodes_[id].data = std::move(data);
+}
+
+// One record per node, entry id = node index; sectors are left to SectorLayout.
+Status CompoundFileWriter::makeRecords(std::vector<EntryRecord>& records) const {
+    records.assign(nodes_.size(), EntryRecord());
+    std::vector<std::u16string> names(nodes_.size());
+    for (uint32_t id = 0; id < nodes_.size(); ++id) {
+        const Node& node = nodes_[id];
+        EntryRecord& record = records[id];
+        if (Status s = checkName(id, node.name, names[id]); !s) return s;
+        std::copy(names[id].begin(), names[id].end(), record.name);
+        record.nameLength = uint16_t((names[id].size() + 1) * 2);
+        record.type = uint8_t(node.type);
+        record.color = kBlack;
+        std::memcpy(record.clsid, node.clsid, sizeof record.clsid);
+        record.size = node.data.size();
+    }
+    return linkChildren(names, records);
+}
+
+Status CompoundFileWriter::linkChildren(const std::vector<std::u16string>& names,
+                                        std::vector<EntryRecord>& records) const {
+    std::vector<std::u16string> keys(names.size());
+    std::transform(names.begin(), names.end(), keys.begin(), siblingKey);
+    std::vector<SiblingLinks> links(nodes_.size());
+    std::vector<uint32_t> sorted;
+    for (uint32_t id = 0; id < nodes_.size(); ++id) {
+        sorted = nodes_[id].children;
+        std::sort(sorted.begin(), sorted.end(), [&keys](uint32_t a, uint32_t b) { return keys[a] < keys[b]; });
+        for (size_t i = 1; i < sorted.size(); ++i)
+            if (keys[sorted[i - 1]] == keys[sorted[i]])
+                return nameError("duplicate name in one storage", sorted[i], nodes_[sorted[i]].name);
+        records[id].child = linkSiblings(sorted, links);
+    }
+    for (uint32_t id = 1; id < nodes_.size(); ++id) {
+        records[id].left = links[id].left;
+        records[id].right = links[id].right;
+        records[id].color = links[id].color;
+    }
+    return Status();
+}
+
+void CompoundFileWriter::writeHeader(const SectorLayout& layout, ByteWriter& out) const {
+    FileHeader header;
+    std::memcpy(header.signature, kSignature, sizeof kSignature);
+    std::memcpy(header.clsid, headerClsid_, sizeof header.clsid);
+    header.minorVersion = kMinorVersion;
+    header.majorVersion = 4;
+    header.byteOrder = kByteOrderMark;
+    layout.fillHeader(header);
+    header.write(out);
+    padTo(out, kWriterSectorSize);
+}
+
+// Unused entries fill the last directory sector.
+void CompoundFileWriter::writeDirectory(const std::vector<EntryRecord>& records, ByteWriter& out) {
+    for (const EntryRecord& record : records) record.write(out);
+    while (out.size() % kWriterSectorSize != 0) EntryRecord().write(out);
+}
+
+// Small streams go to the mini stream in 64-byte steps, the others to whole
+// sectors, both in entry order as SectorLayout placed them.
+void CompoundFileWriter::writeStreamData(bool mini, ByteWriter& out) const {
+    const size_t unit = mini ? kMiniSectorSize : kWriterSectorSize;
+    for (const Node& node : nodes_) {
+        if (node.type != EntryType::Stream || inMiniStream(node.data.size()) != mini) continue;
+        out.bytes(node.data.data(), node.data.size());
+        padTo(out, unit);
+    }
+    padTo(out, kWriterSectorSize);
+}
+
+Status CompoundFileWriter::write(std::vector<uint8_t>& out) const {
+    out.clear();
+    if (!misuse_.empty()) return Status::error(misuse_);
+    std::vector<EntryRecord> records;
+    SectorLayout layout;
+    if (Status s = makeRecords(records); !s) return s;
+    if (Status s = layout.plan(records); !s) return s;
+    out.reserve((layout.totalSectors() + 1) * kWriterSectorSize);
+    ByteWriter writer(out);
+    writeHeader(layout, writer);
+    layout.writeTables(writer);
+    writeDirectory(records, writer);
+    writeStreamData(true, writer);
+    writeStreamData(false, writer);
+    return Status();
+}
+
+Status CompoundFileWriter::writeFile(const std::string& path) const {
+    std::vector<uint8_t> bytes;
+    if (Status s = write(bytes); !s) return s;
+    const std::string temporary = path + ".tmp";
+    {
+        std::ofstream file(temporary, std::ios::binary | std::ios::trunc);
+        file.write(reinterpret_cast<const char*>(bytes.data()), std::streamsize(bytes.size()));
+        file.close();
+        if (!file) {
+            std::remove(temporary.c_str());
+            return Status::error("cannot write file at " + temporary);
+        }
+    }
+    if (std::rename(temporary.c_str(), path.c_str()) != 0) {
+        std::remove(temporary.c_str());
+        return Status::error("cannot replace file at " + path);
+    }
+    return Status();
+}
+
+}  // namespace aafkit::cfb

@@ -1,0 +1,56 @@
+#pragma once
+// Builds a compound file in memory: version 4, 4096-byte sectors, streams
+// shorter than the cutoff in the mini stream, balanced sibling trees.
+// Calls that name a missing parent are remembered and reported by write().
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "aafkit/Status.h"
+#include "aafkit/cfb/DirectoryEntry.h"
+
+namespace aafkit {
+class ByteWriter;
+}
+
+namespace aafkit::cfb {
+
+struct EntryRecord;
+class SectorLayout;
+
+class CompoundFileWriter {
+public:
+    static constexpr uint32_t kRoot = 0;
+
+    CompoundFileWriter();
+    void setHeaderClsid(const uint8_t clsid[16]);
+    void setClsid(uint32_t storage, const uint8_t clsid[16]);
+    uint32_t addStorage(uint32_t parent, std::string name, const uint8_t clsid[16]);
+    void addStream(uint32_t parent, std::string name, std::vector<uint8_t> data);
+
+    Status write(std::vector<uint8_t>& out) const;  // the whole file image
+    Status writeFile(const std::string& path) const;  // via a temporary file beside `path`
+
+private:
+    struct Node {
+        std::string name;
+        EntryType type;
+        uint8_t clsid[16];
+        std::vector<uint32_t> children;
+        std::vector<uint8_t> data;
+    };
+
+    bool isStorage(uint32_t id) const;
+    uint32_t addNode(uint32_t parent, std::string name, EntryType type, const uint8_t clsid[16]);
+    Status makeRecords(std::vector<EntryRecord>& records) const;
+    Status linkChildren(const std::vector<std::u16string>& names, std::vector<EntryRecord>& records) const;
+    void writeHeader(const SectorLayout& layout, ByteWriter& out) const;
+    static void writeDirectory(const std::vector<EntryRecord>& records, ByteWriter& out);
+    void writeStreamData(bool mini, ByteWriter& out) const;
+
+    std::vector<Node> nodes_;
+    uint8_t headerClsid_[16];
+    std::string misuse_;  // the first bad call, reported by write()
+};
+
+}  // namespace aafkit::cfb
