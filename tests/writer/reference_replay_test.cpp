@@ -5,6 +5,7 @@
 
 #include "ObjectTree.h"
 #include "ReferenceScript.h"
+#include "WrittenFile.h"
 #include "aafkit/File.h"
 
 namespace {
@@ -22,6 +23,9 @@ TEST_P(ReferenceReplay, AnswersAsTheReferenceBuild) {
     ASSERT_EQ(aafkit::File::openExistingRead(output, written, &why), 0) << why.message();
     ASSERT_EQ(aafkit::File::openExistingRead(referencePath(name), reference, &why), 0) << why.message();
     EXPECT_EQ(firstDifference(canonicalTree(*written), canonicalTree(*reference)), "");
+    if (olefileAvailable()) {
+        EXPECT_TRUE(opensWithOlefile(output));
+    }
     std::remove(output.c_str());
 }
 
