@@ -6,11 +6,7 @@ namespace aafkit::meta {
 
 namespace {
 
-std::string key(const aafUID_t& id) {
-    uint8_t bytes[16];
-    encodeAuid(id, bytes);
-    return std::string(reinterpret_cast<const char*>(bytes), 16);
-}
+AuidKey key(const aafUID_t& id) { return AuidKey(id); }
 
 TypeDef typeFromBaseline(const BaselineType& row) {
     TypeDef type;
@@ -28,6 +24,11 @@ TypeDef typeFromBaseline(const BaselineType& row) {
 }
 
 }  // namespace
+
+AuidKey::AuidKey(const aafUID_t& id)
+    : high(uint64_t(id.Data1) << 32 | uint64_t(id.Data2) << 16 | id.Data3), low(0) {
+    for (int i = 0; i < 8; ++i) low = low << 8 | id.Data4[i];
+}
 
 bool ClassDef::isA(const ClassDef* base) const {
     for (const ClassDef* c = this; c; c = c->parent)
@@ -49,6 +50,11 @@ const PropertyDef* ClassDef::uniqueIdProperty() const {
 }
 
 MetaModel::MetaModel() {
+    classesById_.reserve(256);
+    classesByName_.reserve(256);
+    typesById_.reserve(256);
+    propertiesById_.reserve(640);
+    propertiesByPid_.reserve(640);
     for (const BaselineType& row : baselineTypes()) declareType(typeFromBaseline(row));
     std::unordered_map<std::string_view, TypeDef*> typesByName;
     for (TypeDef& t : types_) typesByName.emplace(t.name, &t);

@@ -68,6 +68,16 @@ constexpr aafUID_t kRootClassId = {0xb3b398a5, 0x1c90, 0x11d4, {0x80, 0x53, 0x08
 constexpr uint16_t kRootMetaDictionaryPid = 0x0001;
 constexpr uint16_t kRootHeaderPid = 0x0002;
 
+// Hash-map key of an AUID: its 16 stored bytes, compared and hashed without allocation.
+struct AuidKey {
+    uint64_t high, low;
+    explicit AuidKey(const aafUID_t& id);
+    bool operator==(const AuidKey& o) const { return high == o.high && low == o.low; }
+};
+struct AuidKeyHash {
+    size_t operator()(const AuidKey& k) const { return size_t(k.high * 0x9e3779b97f4a7c15ull ^ k.low); }
+};
+
 class MetaModel {
 public:
     MetaModel();  // the built-in model
@@ -107,10 +117,10 @@ private:
     std::deque<ClassDef> classes_;
     std::deque<TypeDef> types_;
     std::deque<PropertyDef> properties_;
-    std::unordered_map<std::string, ClassDef*> classesById_;  // key: 16 stored bytes
+    std::unordered_map<AuidKey, ClassDef*, AuidKeyHash> classesById_;
     std::unordered_map<std::string, ClassDef*> classesByName_;
-    std::unordered_map<std::string, TypeDef*> typesById_;
-    std::unordered_map<std::string, PropertyDef*> propertiesById_;
+    std::unordered_map<AuidKey, TypeDef*, AuidKeyHash> typesById_;
+    std::unordered_map<AuidKey, PropertyDef*, AuidKeyHash> propertiesById_;
     std::unordered_map<uint16_t, const PropertyDef*> propertiesByPid_;
     std::vector<const ClassDef*> addedClasses_;
     std::vector<const TypeDef*> addedTypes_;

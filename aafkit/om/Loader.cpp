@@ -94,6 +94,7 @@ Status ObjectLoader::loadProperties(const cfb::DirectoryEntry& storage, Object& 
     for (Entry& e : entries)
         if (!in.u16(e.pid) || !in.u16(e.form) || !in.u16(e.length))
             return Status::error("truncated property table in " + where());
+    object.properties().reserve(object.properties().size() + entries.size());
     for (const Entry& e : entries) {
         const uint8_t* value = nullptr;
         if (!in.bytes(e.length, value))
