@@ -64,32 +64,18 @@ AAFRESULT readValue(const Object& holder, uint16_t pid, size_t size, std::vector
     return AAFRESULT_SUCCESS;
 }
 
-bool isReadableSize(size_t size) { return size == 4 || size == 8; }
-
-// A control point's value after its time; a size other than 4 or 8 adds no value.
-AAFRESULT appendPointValue(const Object& point, Effect& effect) {
+// GetValueBufLen, then GetValue for a value of 4 or 8 bytes. `bytes` stays empty when
+// the size cannot be read or is any other; a failed read answers its code.
+AAFRESULT readNumericValue(const Object& holder, uint16_t pid, std::vector<uint8_t>& bytes) {
     size_t size = 0;
-    if (valueBufLen(point, PID_ControlPoint_Value, size) != AAFRESULT_SUCCESS || !isReadableSize(size))
-        return AAFRESULT_SUCCESS;
-    std::vector<uint8_t> bytes;
-    AAFRESULT result = readValue(point, PID_ControlPoint_Value, size, bytes);
-    if (AAF_FAILED(result)) return result;
-    double value = 0.0;
-    if (valueAsDouble(bytes, value)) effect.params.push_back(value);
-    return AAFRESULT_SUCCESS;
+    if (valueBufLen(holder, pid, size) != AAFRESULT_SUCCESS || (size != 4 && size != 8)) return AAFRESULT_SUCCESS;
+    return readValue(holder, pid, size, bytes);
 }
 
-// One constant with the searched identifier copied into the caller's slots.
-AAFRESULT copyNamedValue(const Object& constant, int32_t out[2]) {
-    size_t size = 0;
-    if (valueBufLen(constant, PID_ConstantValue_Value, size) != AAFRESULT_SUCCESS || !isReadableSize(size))
-        return AAFRESULT_SUCCESS;
-    std::vector<uint8_t> bytes;
-    AAFRESULT result = readValue(constant, PID_ConstantValue_Value, size, bytes);
-    if (AAF_FAILED(result)) return result;
-    out[0] = int32At(bytes.data());
-    if (size == 8) out[1] = int32At(bytes.data() + 4);
-    return AAFRESULT_SUCCESS;
+// Appends the value when it is an integer or a rational.
+void appendValue(const std::vector<uint8_t>& bytes, Effect& effect) {
+    double value = 0.0;
+    if (valueAsDouble(bytes, value)) effect.params.push_back(value);
 }
 
 }  // namespace
@@ -124,13 +110,9 @@ AAFRESULT ProcessParameters(const Object& group, Effect& effect) {
 }
 
 AAFRESULT ProcessConstParam(const Object& constant, Effect& effect) {
-    size_t size = 0;
-    if (valueBufLen(constant, PID_ConstantValue_Value, size) != AAFRESULT_SUCCESS || !isReadableSize(size))
-        return AAFRESULT_SUCCESS;
     std::vector<uint8_t> bytes;
-    if (AAF_FAILED(readValue(constant, PID_ConstantValue_Value, size, bytes))) return kInvalidArgument;
-    double value = 0.0;
-    if (valueAsDouble(bytes, value)) effect.params.push_back(value);
+    if (AAF_FAILED(readNumericValue(constant, PID_ConstantValue_Value, bytes))) return kInvalidArgument;
+    appendValue(bytes, effect);
     return AAFRESULT_SUCCESS;
 }
 
@@ -147,7 +129,9 @@ AAFRESULT ProcessVarParam(const Object& varying, Effect& effect) {
             return AAFRESULT_SUCCESS;
         // The time is kept as stored; a zero denominator gives an infinite or NaN time.
         effect.keyFrames.push_back(double(time.numerator) / double(time.denominator));
-        if (appendPointValue(*point, effect) != AAFRESULT_SUCCESS) return AAFRESULT_SUCCESS;
+        std::vector<uint8_t> bytes;
+        if (AAF_FAILED(readNumericValue(*point, PID_ControlPoint_Value, bytes))) return AAFRESULT_SUCCESS;
+        appendValue(bytes, effect);
     }
     return AAFRESULT_SUCCESS;
 }
@@ -160,7 +144,10 @@ AAFRESULT GetParamValue(const Object& group, const aafUID_t& parameterId, int32_
         aafUID_t id = {};
         if (parameterDefinitionId(*parameter, id) != AAFRESULT_SUCCESS) break;
         if (id != parameterId || !parameter->isA(AUID_AAFConstantValue)) continue;
-        if (copyNamedValue(*parameter, out) != AAFRESULT_SUCCESS) break;
+        std::vector<uint8_t> bytes;
+        if (AAF_FAILED(readNumericValue(*parameter, PID_ConstantValue_Value, bytes))) break;
+        if (!bytes.empty()) out[0] = int32At(bytes.data());
+        if (bytes.size() == 8) out[1] = int32At(bytes.data() + 4);
     }
     return AAFRESULT_SUCCESS;
 }

@@ -7,29 +7,15 @@
 
 namespace {
 
-using readertest::InMemorySession;
-using readertest::lines;
+using readertest::kMaster;
+using readertest::kUnknownOperation;
 using readertest::Object;
 
-constexpr aafUID_t kUnknownOperation = {0x12345678, 0, 0, {1, 2, 3, 4, 5, 6, 7, 8}};
-constexpr uint32_t kMaster = 100;
-
-class Effects : public testing::Test {
+class Effects : public readertest::Composed {
 protected:
-    void SetUp() override {
-        Object& master = s.mob(AUID_AAFMasterMob, kMaster, L"master");
-        s.slot(master, 1, s.clip(0, 0, 1000, 0), 1);
-    }
-    void compose(Object& segment) {
-        Object& comp = s.mob(AUID_AAFCompositionMob, 50, L"comp");
-        s.slot(comp, 1, segment);
-    }
     void rational(Object& group, const aafUID_t& id, aafRational_t value) {
         s.constant(group, id, kAAFTypeID_Rational, &value, sizeof value);
     }
-    AafParseContext* c() { return s.context(); }
-
-    InMemorySession s;
 };
 
 TEST_F(Effects, EffectFollowsItsInputAndNamesItByOperation) {

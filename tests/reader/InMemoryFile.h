@@ -128,6 +128,28 @@ private:
     AafParseContext* context_;
 };
 
+constexpr aafUID_t kUnknownOperation = {0x12345678, 0, 0, {1, 2, 3, 4, 5, 6, 7, 8}};
+constexpr uint32_t kMaster = 100;
+
+// A session holding a master mob (id 100, "master") whose slot 1 has physical track 1,
+// and the top-level composition the test fills.
+class Composed : public testing::Test {
+protected:
+    void SetUp() override {
+        Object& master = s.mob(AUID_AAFMasterMob, kMaster, L"master");
+        s.slot(master, 1, s.clip(0, 0, 1000, 0), 1);
+    }
+    // A composition without usage code whose slot 1 holds `segment`.
+    Object& compose(Object& segment, uint32_t id = 50) {
+        Object& comp = s.mob(AUID_AAFCompositionMob, id, L"comp");
+        s.slot(comp, 1, segment);
+        return comp;
+    }
+    AafParseContext* c() { return s.context(); }
+
+    InMemorySession s;
+};
+
 // The lines the reader printed, one string each.
 inline std::vector<std::string> lines(const std::string& text) {
     std::vector<std::string> out;

@@ -7,36 +7,17 @@
 
 namespace {
 
-using readertest::InMemorySession;
+using readertest::kMaster;
 using readertest::lines;
 using readertest::Object;
 
-constexpr aafUID_t kUnknownOperation = {0x12345678, 0, 0, {1, 2, 3, 4, 5, 6, 7, 8}};
-constexpr uint32_t kMaster = 100;
-
-// A session holding a master mob (id 100, "master") whose slot 1 has physical track 1.
-class Walk : public testing::Test {
-protected:
-    void SetUp() override {
-        Object& master = s.mob(AUID_AAFMasterMob, kMaster, L"master");
-        s.slot(master, 1, s.clip(0, 0, 1000, 0), 1);
-    }
-    // The top-level composition (no usage code) with one timeline slot holding `segment`.
-    Object& composition(Object& segment, uint32_t id = 50) {
-        Object& comp = s.mob(AUID_AAFCompositionMob, id, L"comp");
-        s.slot(comp, 1, segment);
-        return comp;
-    }
-    AafParseContext* c() { return s.context(); }
-
-    InMemorySession s;
-};
+using Walk = readertest::Composed;
 
 TEST_F(Walk, TakesTheFirstCompositionThatIsTopLevelOrHasNoUsage) {
     Object& subClip = s.mob(AUID_AAFCompositionMob, 1, L"sub", &kAAFUsage_SubClip);
     s.slot(subClip, 1, s.filler(3));
-    composition(s.filler(7), 2);
-    composition(s.filler(9), 3);
+    compose(s.filler(7), 2);
+    compose(s.filler(9), 3);
     s.parse();
     ASSERT_EQ(GetNumTracks(c()), 1u);
     EXPECT_EQ(GetEventLen(0, 0, c()), 7);
@@ -82,7 +63,7 @@ TEST_F(Walk, SequencesFlattenIntoOneTrackInOrder) {
     Object& dissolve = s.group(kAAFOperationDef_MonoAudioDissolve, 5);
     aafkit::appendComponent(outer, aafkit::createTransition(s.file(), kAAFDataDef_Sound, 5, 2, dissolve));
     aafkit::appendComponent(outer, s.clip(kMaster, 1, 40, 0));
-    composition(outer);
+    compose(outer);
     EXPECT_EQ(s.parse(), "");
     ASSERT_EQ(GetNumTracks(c()), 1u);
     ASSERT_EQ(GetNumEvents(0, c()), 4u);
@@ -100,7 +81,7 @@ TEST_F(Walk, SequencesFlattenIntoOneTrackInOrder) {
 TEST_F(Walk, ClipThroughASubClipFollowsOneLevelToTheMaster) {
     Object& sub = s.mob(AUID_AAFCompositionMob, 60, L"sub", &kAAFUsage_SubClip);
     s.slot(sub, 1, s.clip(kMaster, 1, 500, 100));
-    composition(s.clip(60, 1, 30, 20));
+    compose(s.clip(60, 1, 30, 20));
     EXPECT_EQ(s.parse(), "");
     ASSERT_EQ(GetNumEvents(0, c()), 1u);
     EXPECT_EQ(GetEventInPoint(0, 0, c()), 120);
@@ -123,7 +104,7 @@ TEST_F(Walk, ClipsWithoutPhysicalNumberOrNameAreDroppedWithOneErrorLineEach) {
     aafkit::appendComponent(sequence, s.clip(102, 1, 20, 0));
     aafkit::appendComponent(sequence, s.clip(kMaster, 1, 30, 0));
     aafkit::appendComponent(sequence, s.clip(103, 1, 40, 0));  // no such mob
-    composition(sequence);
+    compose(sequence);
     std::vector<std::string> errors = lines(s.parse(false));
     ASSERT_EQ(GetNumEvents(0, c()), 1u);
     EXPECT_EQ(GetEventLen(0, 0, c()), 30);
@@ -163,7 +144,7 @@ TEST_F(Walk, TrackKindComesFromTheCatalogue) {
     s.slot(video, 2, s.clip(0, 0, 100, 0, kAAFDataDef_Picture), 1);
     Object& sequence = aafkit::createSequence(s.file(), kAAFDataDef_Picture);
     aafkit::appendComponent(sequence, s.clip(110, 2, 10, 0, kAAFDataDef_Picture));
-    composition(sequence);
+    compose(sequence);
     s.parse(false);
     EXPECT_EQ(GetTrackType(0, c()), 0u) << "without the catalogue the kind stays audio";
     s.parse(true);
