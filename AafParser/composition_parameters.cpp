@@ -72,6 +72,18 @@ AAFRESULT readNumericValue(const Object& holder, uint16_t pid, std::vector<uint8
     return readValue(holder, pid, size, bytes);
 }
 
+// Calls visit(parameter, definition id) for each parameter of the group until it answers
+// false or a definition cannot be read. A group without parameters has none to visit.
+template <class Visit>
+void forEachParameter(const Object& group, Visit visit) {
+    const std::vector<Object*>* parameters = nullptr;
+    if (aafkit::getObjects(group, PID_OperationGroup_Parameters, parameters) != AAFRESULT_SUCCESS) return;
+    for (Object* parameter : *parameters) {
+        aafUID_t id = {};
+        if (parameterDefinitionId(*parameter, id) != AAFRESULT_SUCCESS || !visit(*parameter, id)) return;
+    }
+}
+
 // Appends the value when it is an integer or a rational.
 void appendValue(const std::vector<uint8_t>& bytes, Effect& effect) {
     double value = 0.0;
@@ -93,19 +105,12 @@ bool valueAsDouble(const std::vector<uint8_t>& bytes, double& out) {
 }
 
 AAFRESULT ProcessParameters(const Object& group, Effect& effect) {
-    const std::vector<Object*>* parameters = nullptr;
-    if (aafkit::getObjects(group, PID_OperationGroup_Parameters, parameters) != AAFRESULT_SUCCESS)
-        return AAFRESULT_SUCCESS;
-    for (Object* parameter : *parameters) {
-        aafUID_t id = {};
-        if (parameterDefinitionId(*parameter, id) != AAFRESULT_SUCCESS) break;
-        if (!isTakenParameter(id)) continue;
-        if (parameter->isA(AUID_AAFConstantValue)) {
-            if (AAF_FAILED(ProcessConstParam(*parameter, effect))) break;
-        } else if (parameter->isA(AUID_AAFVaryingValue)) {
-            ProcessVarParam(*parameter, effect);
-        }
-    }
+    forEachParameter(group, [&](const Object& parameter, const aafUID_t& id) {
+        if (!isTakenParameter(id)) return true;
+        if (parameter.isA(AUID_AAFConstantValue)) return !AAF_FAILED(ProcessConstParam(parameter, effect));
+        if (parameter.isA(AUID_AAFVaryingValue)) ProcessVarParam(parameter, effect);
+        return true;
+    });
     return AAFRESULT_SUCCESS;
 }
 
@@ -137,17 +142,13 @@ AAFRESULT ProcessVarParam(const Object& varying, Effect& effect) {
 }
 
 AAFRESULT GetParamValue(const Object& group, const aafUID_t& parameterId, int32_t out[2]) {
-    const std::vector<Object*>* parameters = nullptr;
-    if (aafkit::getObjects(group, PID_OperationGroup_Parameters, parameters) != AAFRESULT_SUCCESS)
-        return AAFRESULT_SUCCESS;
-    for (Object* parameter : *parameters) {
-        aafUID_t id = {};
-        if (parameterDefinitionId(*parameter, id) != AAFRESULT_SUCCESS) break;
-        if (id != parameterId || !parameter->isA(AUID_AAFConstantValue)) continue;
+    forEachParameter(group, [&](const Object& parameter, const aafUID_t& id) {
+        if (id != parameterId || !parameter.isA(AUID_AAFConstantValue)) return true;
         std::vector<uint8_t> bytes;
-        if (AAF_FAILED(readNumericValue(*parameter, PID_ConstantValue_Value, bytes))) break;
+        if (AAF_FAILED(readNumericValue(parameter, PID_ConstantValue_Value, bytes))) return false;
         if (!bytes.empty()) out[0] = int32At(bytes.data());
         if (bytes.size() == 8) out[1] = int32At(bytes.data() + 4);
-    }
+        return true;
+    });
     return AAFRESULT_SUCCESS;
 }
