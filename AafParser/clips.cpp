@@ -14,12 +14,6 @@ constexpr int kMaxSourceDepth = 32;
 
 using aafkit::Object;
 
-const std::vector<Object*>& slotsOf(const Object& mob) {
-    static const std::vector<Object*> kNone;
-    const std::vector<Object*>* slots = nullptr;
-    return aafkit::getObjects(mob, PID_Mob_Slots, slots) == AAFRESULT_SUCCESS && slots ? *slots : kNone;
-}
-
 AAFRESULT firstComponent(const Object& sequence, Object*& out) {
     const std::vector<Object*>* components = nullptr;
     AAFRESULT result = aafkit::getObjects(sequence, PID_Sequence_Components, components);
@@ -63,7 +57,7 @@ void FindLocator(const Object& sourceMob, Object*& locator, int depth) {
         return;
     }
     if (depth >= kMaxSourceDepth) return;
-    for (Object* slot : slotsOf(sourceMob)) {
+    for (Object* slot : aafkit::getSlots(sourceMob)) {
         Object* clip = FindSourceClip(*slot);
         Object* mob = nullptr;
         if (!clip || AAF_FAILED(resolveSourceMob(*clip, mob))) continue;
@@ -119,7 +113,7 @@ AAFRESULT readMasterMob(const Object& mob, SourceClip& clip) {
     result = requiredProperty(aafkit::getMobId(mob, PID_Mob_MobID, clip.mobId), mob, PID_Mob_MobID);
     if (AAF_FAILED(result)) return result;
     mobId2String(clip.id, clip.mobId, kTextLength);
-    for (Object* slot : slotsOf(mob)) {
+    for (Object* slot : aafkit::getSlots(mob)) {
         if (!slot->isA(AUID_AAFTimelineMobSlot)) continue;
         if ((result = readTimelineSlot(clip, *slot)) != AAFRESULT_SUCCESS) return result;
     }

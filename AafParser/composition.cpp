@@ -125,9 +125,7 @@ AAFRESULT ParseComposition(AafParseContext* context) {
     if (!context) return AAFRESULT_SUCCESS;
     Object* composition = findTopLevelComposition(*context);
     if (!composition) return AAFRESULT_SUCCESS;
-    const std::vector<Object*>* slots = nullptr;
-    if (AAF_FAILED(requiredObjects(*composition, PID_Mob_Slots, slots))) return AAFRESULT_SUCCESS;
-    for (Object* slot : *slots) ProcessSlot(context->sequence, *slot, *context);
+    for (Object* slot : aafkit::getSlots(*composition)) ProcessSlot(context->sequence, *slot, *context);
     return AAFRESULT_SUCCESS;
 }
 

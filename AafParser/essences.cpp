@@ -52,7 +52,6 @@ void processMultiple(SourceClip& clip, const Object& descriptor) {
 }  // namespace
 
 AAFRESULT processCDCI(SourceClip& clip, const Object& descriptor) {
-    if (!descriptor.isA(AUID_AAFDigitalImageDescriptor)) return kNoInterface;
     clip.hasVideo = 1;
     uint32_t height = 0;
     uint32_t width = 0;

@@ -7,5 +7,5 @@
 // PCM sound sub-descriptor); any other descriptor adds nothing.
 void processEssenceDescriptor(SourceClip& clip, const aafkit::Object& descriptor);
 
-// Stored view and frame rate of a picture descriptor.
+// Marks the clip as picture and takes the stored view and frame rate of a CDCI descriptor.
 AAFRESULT processCDCI(SourceClip& clip, const aafkit::Object& descriptor);

@@ -48,8 +48,10 @@ AAFRESULT getMobs(const File& file, aafMobKind_t kind, std::vector<Object*>& out
     return AAFRESULT_SUCCESS;
 }
 
+const std::vector<Object*>& getSlots(const Object& mob) { return objectsOrNone(mob, PID_Mob_Slots); }
+
 AAFRESULT lookupSlot(const Object& mob, uint32_t slotId, Object*& out) {
-    for (Object* slot : objectsOrNone(mob, PID_Mob_Slots)) {
+    for (Object* slot : getSlots(mob)) {
         uint32_t id = 0;  // a slot without its required SlotID reads as 0
         getUInt32(*slot, PID_MobSlot_SlotID, id);
         if (id == slotId) {

@@ -28,6 +28,9 @@ aafMobKind_t mobKind(const Object& mob);
 // The content storage's mobs of that kind in set key order; kAAFAllMob gives every mob.
 AAFRESULT getMobs(const File& file, aafMobKind_t kind, std::vector<Object*>& out);
 
+// The mob's slots in stored order; none when the mob has no Slots.
+const std::vector<Object*>& getSlots(const Object& mob);
+
 // The slot with that SlotID; AAFRESULT_SLOT_NOT_FOUND if none.
 AAFRESULT lookupSlot(const Object& mob, uint32_t slotId, Object*& out);
 
