@@ -60,7 +60,7 @@ aafMobID_t mobIdToHostOrder(const aafMobID_t& networkOrder);
 AAFRESULT WriteClips(AafWriterContext* context);
 AAFRESULT WriteSubClips(AafWriterContext* context);
 AAFRESULT writeSubClip(Clip& subClip, AafWriterContext* context);
-void createSourceMob(Clip& clip, const ClipTrack& track, int64_t startTimecode, const aafMobID_t& masterMobId,
+void createSourceMob(Clip& clip, const ClipTrack& track, int64_t startTimecode, aafkit::Object& masterMob,
                      const wchar_t* path, aafkit::Object& importSourceMob, AafWriterContext* context);
 // A source clip of the track's picture or sound kind and length; another kind throws 0x8012016A.
 aafkit::Object& createSourceClip(const aafSourceRef_t& sourceRef, const ClipTrack& track,

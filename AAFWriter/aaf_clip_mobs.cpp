@@ -220,7 +220,7 @@ void writeMasterClip(Clip& clip, AafWriterContext* context) {
     aafkit::addMob(file, importMob);
 
     for (const ClipTrack& track : clip.tracks)
-        createSourceMob(clip, track, clip.startTimecode, clip.masterMobId, clip.path, importMob, context);
+        createSourceMob(clip, track, clip.startTimecode, master, clip.path, importMob, context);
 }
 
 }  // namespace
@@ -241,11 +241,11 @@ Object& createSourceClip(const aafSourceRef_t& sourceRef, const ClipTrack& track
     return aafkit::createSourceClip(fileOf(context), dataDefOf(track), track.length, sourceRef);
 }
 
-void createSourceMob(Clip& clip, const ClipTrack& track, int64_t startTimecode, const aafMobID_t& masterMobId,
+// The master mob is handed over as the object the caller holds: looking it up by ID after
+// every added mob would index the whole content storage again each time.
+void createSourceMob(Clip& clip, const ClipTrack& track, int64_t startTimecode, Object& masterMob,
                      const wchar_t* path, Object& importSourceMob, AafWriterContext* context) {
     aafkit::File& file = fileOf(context);
-    Object* master = file.lookupMob(masterMobId);
-    if (!master) throw aafkit::ResultException(AAFRESULT_MOB_NOT_FOUND);
     addTimelineSlot(importSourceMob, track.editRate, importTrackSegment(track, startTimecode, context),
                     track.trackNumber, context);
 
@@ -265,7 +265,7 @@ void createSourceMob(Clip& clip, const ClipTrack& track, int64_t startTimecode, 
         aafkit::appendComponent(sequence, *segment);
         segment = &sequence;
     }
-    addTimelineSlot(*master, track.editRate, *segment, track.trackNumber, context);
+    addTimelineSlot(masterMob, track.editRate, *segment, track.trackNumber, context);
     clip.writtenFileMobId = mobIdOf(fileMob);
 }
 
