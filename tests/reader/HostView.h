@@ -93,6 +93,7 @@ inline json hostView(const std::string& path) {
         ParseComposition(c);
         view["IsProToolsFile"] = IsProToolsFile(c);
         view["GetNumClips"] = GetNumClips(c);
+        view["clips"] = json::array();
         for (uint32_t i = 0; i < GetNumClips(c); ++i) view["clips"].push_back(clipView(c, i));
         uint32_t start = 0, fps = 0, drop = 0;
         GetTimeCode(&start, &fps, &drop, c);
