@@ -28,6 +28,16 @@ ClipTrack* trackAt(AafWriterContext* context, uint32_t clipIndex, uint32_t track
     return &clip->tracks[trackIndex - 1];
 }
 
+// A record with the fields master clips and sub-clips share.
+Clip namedClip(const wchar_t* name, const wchar_t* path, int64_t length, int64_t start) {
+    Clip clip;
+    copyText(clip.name, kClipTextLength, name);
+    copyText(clip.path, kClipTextLength, path);
+    clip.length = length;
+    clip.startTimecode = start;
+    return clip;
+}
+
 int32_t appendClip(AafWriterContext* context, Clip&& clip) {
     context->clips.push_back(std::move(clip));
     return int32_t(context->clips.size());
@@ -69,11 +79,7 @@ int32_t AddClip(const wchar_t* name, const wchar_t* path, int64_t length, int64_
                 const aafMobID_t* tapeMobId, const aafMobID_t* fileMobId, int32_t rateNumerator,
                 int32_t rateDenominator, AafWriterContext* context) {
     if (!context || !name || !path) return -1;
-    Clip clip;
-    copyText(clip.name, kClipTextLength, name);
-    copyText(clip.path, kClipTextLength, path);
-    clip.length = length;
-    clip.startTimecode = startTimecode;
+    Clip clip = namedClip(name, path, length, startTimecode);
     clip.dropFrame = dropFrame;
     clip.hasTapeMobId = tapeMobId != nullptr;
     if (tapeMobId) clip.tapeMobId = mobIdToHostOrder(*tapeMobId);
@@ -87,11 +93,7 @@ int32_t AddClip(const wchar_t* name, const wchar_t* path, int64_t length, int64_
 int32_t AddSubClip(const wchar_t* name, const wchar_t* parentPath, int64_t length, int64_t start,
                    AafWriterContext* context) {
     if (!context || !name || !parentPath) return -1;
-    Clip clip;
-    copyText(clip.name, kClipTextLength, name);
-    copyText(clip.path, kClipTextLength, parentPath);
-    clip.length = length;
-    clip.startTimecode = start;
+    Clip clip = namedClip(name, parentPath, length, start);
     clip.isSubClip = true;
     return appendClip(context, std::move(clip));
 }

@@ -26,22 +26,24 @@ const wchar_t* const kTaggedValueTag[2] = {L"_MIXMATCH_RATE_NUM", L"_MIXMATCH_RA
 const wchar_t* const kOpTaggedValueTag[2] = {L"_SFX_RENDER", L"_MIXMATCH_MOTIONADAPTER"};
 const int32_t kOpTaggedValueValue[2] = {4, 2};
 
+// A reference type names its target class, an array type its element type.
+void declareType(aafkit::meta::MetaModel& model, const aafUID_t& id, const char* name, aafkit::meta::TypeKind kind,
+                 const aafUID_t& targetOrElement) {
+    aafkit::meta::TypeDef type;
+    type.id = id;
+    type.name = name;
+    type.kind = kind;
+    (kind == aafkit::meta::TypeKind::StrongRef ? type.target : type.element) = targetOrElement;
+    model.declareType(type);
+}
+
 // The two types and the Component property the attribute lists need. Registering a
 // type that the file already knows keeps the first definition.
 const aafkit::meta::PropertyDef* registerAttributeList(aafkit::File& file) {
-    aafkit::meta::MetaModel& model = file.model();
-    aafkit::meta::TypeDef reference;
-    reference.id = kTaggedValueStrongReferenceTypeID;
-    reference.name = "TaggedValueStrongReference";
-    reference.kind = aafkit::meta::TypeKind::StrongRef;
-    reference.target = AUID_AAFTaggedValue;
-    model.declareType(reference);
-    aafkit::meta::TypeDef vector;
-    vector.id = kTaggedValueVariableArrayTypeID;
-    vector.name = "TaggedValueStrongReferenceVector";
-    vector.kind = aafkit::meta::TypeKind::VariableArray;
-    vector.element = kTaggedValueStrongReferenceTypeID;
-    model.declareType(vector);
+    declareType(file.model(), kTaggedValueStrongReferenceTypeID, "TaggedValueStrongReference",
+                aafkit::meta::TypeKind::StrongRef, AUID_AAFTaggedValue);
+    declareType(file.model(), kTaggedValueVariableArrayTypeID, "TaggedValueStrongReferenceVector",
+                aafkit::meta::TypeKind::VariableArray, kTaggedValueStrongReferenceTypeID);
     return aafkit::registerOptionalProperty(file, AUID_AAFComponent, kComponentAttributesPropertyID,
                                             "ComponentAttributeList", kTaggedValueVariableArrayTypeID);
 }

@@ -212,11 +212,14 @@ TEST(Effects, SpeedChangeScalesTheClipAndCarriesAttributes) {
     AppendClipToTrack(0, 0, 100, false, 1, 1, c);
     const double reverse[] = {-1.0};
     AppendSpeedEffect(0, false, 100, reverse, 1, nullptr, 0, c);
+    AppendClipToTrack(0, 0, 100, false, 1, 1, c);
+    const double slow[] = {0.5};
+    AppendSpeedEffect(0, true, 100, slow, 1, nullptr, 0, c);
     WrittenFile written = writeAndLoad(c, "speed");
     ASSERT_EQ(written.result, AAFRESULT_SUCCESS);
     const aafkit::File& file = *written.file;
     const auto& components = trackComponents(file, 0);
-    ASSERT_EQ(components.size(), 2u);
+    ASSERT_EQ(components.size(), 3u);
 
     const Object& group = *components[0];
     EXPECT_TRUE(definitionId(referenced(group, PID_OperationGroup_Operation)) == kAAFOperationDef_VideoSpeedControl);
@@ -252,6 +255,9 @@ TEST(Effects, SpeedChangeScalesTheClipAndCarriesAttributes) {
     const Object& reversedClip = component(*objects(reversed, PID_OperationGroup_InputSegments).at(0), 0);
     EXPECT_EQ(i64(reversedClip, PID_Component_Length), 100);  // a speed of -1 scales by 1
     EXPECT_TRUE(attributes(file, reversed).empty());
+    const Object& slowed = *objects(*components[2], PID_OperationGroup_InputSegments).at(0);
+    EXPECT_EQ((attributes(file, slowed)),  // a second speed change in the file gets its attributes too
+              (std::map<std::wstring, int32_t>{{L"_MIXMATCH_RATE_NUM", 60}, {L"_MIXMATCH_RATE_DENOM", 1}}));
     for (const Object* parameter : objects(reversed, PID_OperationGroup_Parameters)) {
         if (auid(*parameter, PID_Parameter_Definition) == kAAFParameterDef_SpeedRatio) {
             EXPECT_EQ(rationalValue(indirect(*parameter, PID_ConstantValue_Value, kAAFTypeID_Rational)),
