@@ -117,13 +117,27 @@ TEST_F(Queries, NeutralAnswersForBadHandleIndexOrKind) {
         EXPECT_EQ(GetEventPhysicalNumber(track, 0, handle), 0u);
         EXPECT_EQ(IsEventFiller(track, 1, handle), 0u);
         EXPECT_EQ(GetTransitionCutPoint(track, 2, handle), -1);
+        EXPECT_EQ(GetEventInPoint(track, 0, handle), 0);
+        EXPECT_EQ(IsEventTransition(track, 2, handle), 0u);
+        EXPECT_EQ(IsEventEffect(track, 3, handle), 0u);
         EXPECT_EQ(GetEffectType(track, 3, handle), kNone);
+        EXPECT_EQ(GetEffectNumInputs(track, 3, handle), kNone);
+        EXPECT_EQ(GetEffectParamCount(track, 3, handle), kNone);
+        EXPECT_EQ(GetEffectKeyFrameCount(track, 3, handle), kNone);
+        EXPECT_EQ(GetEffectElementId(track, 3, 0, text, 4, handle), kInvalid);
+        EXPECT_EQ(GetEventId(track, 0, text, 4, handle), kInvalid);
         EXPECT_EQ(GetEffectKeyFrame(track, 3, 0, handle), 0);
         EXPECT_EQ(GetEffectParam(track, 3, 0, handle), 0.0);
         EXPECT_EQ(GetEventName(track, 0, text, 4, handle), kInvalid);
     }
     EXPECT_EQ(GetNumTracks(nullptr), 0u);
     EXPECT_EQ(GetNumMarkers(nullptr), 0u);
+    EXPECT_EQ(GetMarkerPosition(0, nullptr), -1);
+    EXPECT_EQ(GetMarkerText(0, text, 4, nullptr), kInvalid);
+    EXPECT_EQ(ParseClips(nullptr), 0);
+    EXPECT_EQ(ParseComposition(nullptr), 0);
+    EXPECT_EQ(GetNumClips(nullptr), 0u);
+    EXPECT_EQ(LoadClipType(0, nullptr), 0u);
     EXPECT_EQ(GetMarkerPosition(1, c), -1);
     EXPECT_EQ(GetMarkerText(1, text, 4, c), kInvalid);
     // An event index equal to the count is a bad index, not a wrong kind.
