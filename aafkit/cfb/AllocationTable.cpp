@@ -29,7 +29,7 @@ Status AllocationTable::findLoop() const {
     return Status();
 }
 
-Status AllocationTable::outOfRange(uint32_t sector, uint32_t from) const {
+Status AllocationTable::brokenLink(uint32_t sector, uint32_t from) const {
     const char* what = sector == kEndOfChain ? " chain ends early" : " chain leaves the file";
     return Status::error(name_ + what + " at sector " + std::to_string(sector) + " (chain start " +
                          std::to_string(from) + ")");
@@ -41,7 +41,7 @@ Status AllocationTable::chain(uint32_t start, uint64_t count, std::vector<uint32
         return Status::error(name_ + " chain longer than the file at sector " + std::to_string(start));
     out.reserve(size_t(count));
     for (uint32_t s = start; out.size() < count; s = links_[s]) {
-        if (s >= links_.size()) return outOfRange(s, start);
+        if (s >= links_.size()) return brokenLink(s, start);
         out.push_back(s);
     }
     return Status();
@@ -50,7 +50,7 @@ Status AllocationTable::chain(uint32_t start, uint64_t count, std::vector<uint32
 Status AllocationTable::wholeChain(uint32_t start, std::vector<uint32_t>& out) const {
     out.clear();
     for (uint32_t s = start; s != kEndOfChain; s = links_[s]) {
-        if (s >= links_.size()) return outOfRange(s, start);
+        if (s >= links_.size()) return brokenLink(s, start);
         out.push_back(s);
     }
     return Status();

@@ -15,7 +15,6 @@ public:
     // Fails if any chain loops. `name` says which table in error messages.
     Status assign(std::vector<uint32_t> links, size_t sectorCount, std::string name);
 
-    size_t sectorCount() const { return links_.size(); }
     // The first `count` sectors of the chain starting at `start`.
     Status chain(uint32_t start, uint64_t count, std::vector<uint32_t>& out) const;
     // The chain starting at `start` up to its end-of-chain mark.
@@ -23,7 +22,7 @@ public:
 
 private:
     Status findLoop() const;
-    Status outOfRange(uint32_t sector, uint32_t from) const;  // or ended early
+    Status brokenLink(uint32_t sector, uint32_t from) const;
 
     std::vector<uint32_t> links_;
     std::string name_;

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <filesystem>
 #include <fstream>
 
 #include "aafkit/ByteReader.h"
@@ -56,11 +57,12 @@ Status CompoundFileReader::open(std::vector<uint8_t> bytes, CompoundFileReader& 
 }
 
 Status CompoundFileReader::openFile(const std::string& path, CompoundFileReader& out) {
-    std::ifstream file(path, std::ios::binary | std::ios::ate);
-    const std::streamoff size = file ? std::streamoff(file.tellg()) : -1;
-    if (size < 0) return Status::error("cannot open file at " + path);
+    std::error_code error;
+    const uintmax_t size = std::filesystem::file_size(path, error);  // fails on directories too
+    std::ifstream file(path, std::ios::binary);
+    if (error || !file) return Status::error("cannot open file at " + path);
     std::vector<uint8_t> bytes(static_cast<size_t>(size));
-    if (!file.seekg(0).read(reinterpret_cast<char*>(bytes.data()), size))
+    if (!file.read(reinterpret_cast<char*>(bytes.data()), std::streamsize(size)))
         return Status::error("cannot read file at " + path);
     return open(std::move(bytes), out);
 }

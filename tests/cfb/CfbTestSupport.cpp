@@ -40,6 +40,8 @@ std::string temporaryPath(const std::string& name) {
     return (fs::temp_directory_path() / ("cfbtest-" + std::to_string(::getpid()) + "-" + name)).string();
 }
 
+namespace {
+
 uint32_t crc32(const std::vector<uint8_t>& data) {
     static const std::array<uint32_t, 256> table = [] {
         std::array<uint32_t, 256> t{};
@@ -55,6 +57,14 @@ uint32_t crc32(const std::vector<uint8_t>& data) {
     return crc ^ 0xFFFFFFFFu;
 }
 
+}  // namespace
+
+std::string listingLine(const std::string& label, const std::string& path, const std::vector<uint8_t>& data) {
+    char crc[16];
+    std::snprintf(crc, sizeof crc, "%08x", crc32(data));
+    return label + "\t" + path + "\t" + std::to_string(data.size()) + "\t" + crc;
+}
+
 namespace {
 
 Status listStorage(const CompoundFileReader& reader, const DirectoryEntry& storage,
@@ -66,10 +76,7 @@ Status listStorage(const CompoundFileReader& reader, const DirectoryEntry& stora
         Status s = entry.type == EntryType::Stream ? reader.readStream(entry, data)
                                                    : listStorage(reader, entry, path + "/", label, lines);
         if (!s) return s;
-        if (entry.type != EntryType::Stream) continue;
-        char crc[16];
-        std::snprintf(crc, sizeof crc, "%08x", crc32(data));
-        lines.push_back(label + "\t" + path + "\t" + std::to_string(data.size()) + "\t" + crc);
+        if (entry.type == EntryType::Stream) lines.push_back(listingLine(label, path, data));
     }
     return Status();
 }

@@ -16,8 +16,9 @@ std::vector<uint8_t> readBytes(const std::string& path);
 void writeBytes(const std::string& path, const std::vector<uint8_t>& bytes);
 std::string temporaryPath(const std::string& name);
 
-uint32_t crc32(const std::vector<uint8_t>& data);
-// Appends one line per stream, "<label>\t<path>\t<size>\t<crc32 hex>"; reads every stream.
+// "<label>\t<path>\t<size>\t<crc32 hex>", one stream's line in a listing.
+std::string listingLine(const std::string& label, const std::string& path, const std::vector<uint8_t>& data);
+// Appends the listing line of every stream, reading each.
 aafkit::Status listStreams(const aafkit::cfb::CompoundFileReader& reader, const std::string& label,
                            std::vector<std::string>& lines);
 // Opens `bytes` and reads every stream; false if anything reported an error.
