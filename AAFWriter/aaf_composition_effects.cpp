@@ -129,8 +129,13 @@ AAFRESULT getParamDefinition(Object& operationDef, const aafUID_t& typeId, const
     return AAFRESULT_SUCCESS;
 }
 
-// A new parameter object of the definition's identifier.
-AAFRESULT createParameter(aafkit::File& file, const aafUID_t& classId, const Object& definition, Object*& result) {
+// A new parameter object of the definition's identifier, and the value type it names.
+AAFRESULT createParameter(aafkit::File& file, const aafUID_t& classId, const Object& definition, Object*& result,
+                          aafUID_t& valueType) {
+    if (!parameterType(definition, valueType)) {
+        REPORT_ERROR(AAFRESULT_TYPE_NOT_FOUND);
+        return AAFRESULT_TYPE_NOT_FOUND;
+    }
     aafUID_t id;
     result = file.create(classId);
     if (!result || !definitionId(definition, id)) {
@@ -144,11 +149,7 @@ AAFRESULT createParameter(aafkit::File& file, const aafUID_t& classId, const Obj
 AAFRESULT createConstParam(aafkit::File& file, const Object& definition, Object*& result,
                            const std::vector<uint8_t>& value) {
     aafUID_t type;
-    if (!parameterType(definition, type)) {
-        REPORT_ERROR(AAFRESULT_TYPE_NOT_FOUND);
-        return AAFRESULT_TYPE_NOT_FOUND;
-    }
-    AAFRESULT created = createParameter(file, AUID_AAFConstantValue, definition, result);
+    AAFRESULT created = createParameter(file, AUID_AAFConstantValue, definition, result, type);
     if (created != AAFRESULT_SUCCESS) return created;
     aafkit::setIndirect(*result, PID_ConstantValue_Value, type, value.data(), value.size());
     return AAFRESULT_SUCCESS;
@@ -202,11 +203,7 @@ AAFRESULT createVaryingParam(const Effect& effect, const Object& definition, Obj
                              AafWriterContext* context) {
     aafkit::File& file = fileOf(context);
     aafUID_t type;
-    if (!parameterType(definition, type)) {
-        REPORT_ERROR(AAFRESULT_TYPE_NOT_FOUND);
-        return AAFRESULT_TYPE_NOT_FOUND;
-    }
-    AAFRESULT created = createParameter(file, AUID_AAFVaryingValue, definition, result);
+    AAFRESULT created = createParameter(file, AUID_AAFVaryingValue, definition, result, type);
     if (created != AAFRESULT_SUCCESS) return created;
     aafkit::check(aafkit::setReference(*result, PID_VaryingValue_Interpolation, linearInterpolation(file)));
     result->ensure(PID_VaryingValue_PointList, aafkit::StoredForm::StrongRefVector);
