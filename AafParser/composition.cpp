@@ -157,7 +157,7 @@ AAFRESULT ProcessSegment(const Object& segment, Track& track, Sequence& sequence
     else if (segment.isA(AUID_AAFEvent))
         processEvent(segment, sequence);
     else if (segment.isA(AUID_AAFOperationGroup))
-        AAF_REPORT(ProcessOperationGroup(segment, track, sequence, context));
+        ProcessOperationGroup(segment, track, sequence, context);
     else if (segment.isA(AUID_AAFNestedScope))
         processNestedScope(segment, track, sequence, context, scale);
     return AAFRESULT_SUCCESS;

@@ -93,7 +93,7 @@ AAFRESULT ProcessOperationGroup(const Object& group, Track& track, Sequence& seq
         return AAFRESULT_SUCCESS;
     auto effect = std::make_unique<Effect>();
     aafkit::getInt64(group, PID_Component_Length, effect->length);
-    // Inputs already placed stay on the track, which owns them; only the effect is dropped.
+    // An unreadable definition drops the effect before any input reaches the track.
     if (readDefinition(*definition, *effect) != AAFRESULT_SUCCESS) return AAFRESULT_SUCCESS;
     ProcessParameters(group, *effect);
     const SpeedChange change = readSpeedChange(group);
