@@ -37,6 +37,20 @@ TEST_F(Effects, EffectFollowsItsInputAndNamesItByOperation) {
     EXPECT_EQ(GetEffectElementId(0, 2, 1, id, 39, c()), AAFRESULT(0x80000003u));
 }
 
+TEST_F(Effects, GroupWhoseDefinitionIsMissingIsDroppedWithItsInputs) {
+    Object& gain = s.group(kAAFOperationDef_MonoAudioGain, 30);
+    s.input(gain, s.clip(kMaster, 1, 30, 5));
+    Object& sequence = aafkit::createSequence(s.file(), kAAFDataDef_Sound);
+    aafkit::appendComponent(sequence, s.filler(4));
+    aafkit::appendComponent(sequence, gain);
+    compose(sequence);
+    s.file().dictionary()->find(PID_Dictionary_OperationDefinitions)->objects.clear();
+    s.file().setsChanged();
+    EXPECT_EQ(readertest::lines(s.parse()).size(), 1u);
+    ASSERT_EQ(GetNumEvents(0, c()), 1u) << "only the filler before the group";
+    EXPECT_EQ(IsEventFiller(0, 0, c()), 1u);
+}
+
 TEST_F(Effects, PanAndSuperimposeCodes) {
     Object& sequence = aafkit::createSequence(s.file(), kAAFDataDef_Sound);
     aafkit::appendComponent(sequence, s.group(kAAFOperationDef_MonoAudioPan, 5));
