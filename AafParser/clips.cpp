@@ -1,5 +1,7 @@
 #include "clips.h"
 
+#include <unordered_map>
+
 #include "aaf_basic.h"
 #include "aafkit/Mobs.h"
 #include "aafkit/ResultCodes.h"
@@ -9,32 +11,27 @@
 
 namespace {
 constexpr char kErrorSource[] = "AafParser/clips";
-// Source chains are short; a deeper one can only come from a malformed file.
-constexpr int kMaxSourceDepth = 32;
 
 using aafkit::Object;
 
-AAFRESULT firstComponent(const Object& sequence, Object*& out) {
+// The segment itself when it is of the class, else the first component of a sequence
+// when that is; none otherwise.
+Object* segmentAs(Object& segment, const aafUID_t& classId) {
+    if (segment.isA(classId)) return &segment;
     const std::vector<Object*>* components = nullptr;
-    AAFRESULT result = aafkit::getObjects(sequence, PID_Sequence_Components, components);
-    if (result != AAFRESULT_SUCCESS) return result;
-    if (components->empty()) return AAFRESULT_NO_MORE_OBJECTS;
-    out = components->front();
-    return AAFRESULT_SUCCESS;
+    if (!segment.isA(AUID_AAFSequence) ||
+        aafkit::getObjects(segment, PID_Sequence_Components, components) != AAFRESULT_SUCCESS ||
+        components->empty() || !components->front()->isA(classId))
+        return nullptr;
+    return components->front();
 }
 
-// The segment of a timeline slot as a source clip: the segment itself, or the first
-// component of a sequence.
+// The source clip of a timeline slot: its segment, or the first component of its sequence.
 Object* FindSourceClip(const Object& slot) {
     if (!slot.isA(AUID_AAFTimelineMobSlot)) return nullptr;
     Object* segment = nullptr;
     if (AAF_FAILED(aafkit::getObject(slot, PID_MobSlot_Segment, segment))) return nullptr;
-    if (segment->isA(AUID_AAFSourceClip)) return segment;
-    Object* first = nullptr;
-    if (segment->isA(AUID_AAFSequence) && firstComponent(*segment, first) == AAFRESULT_SUCCESS &&
-        first->isA(AUID_AAFSourceClip))
-        return first;
-    return nullptr;
+    return segmentAs(*segment, AUID_AAFSourceClip);
 }
 
 AAFRESULT resolveSourceMob(const Object& clip, Object*& mob) {
@@ -45,24 +42,37 @@ AAFRESULT resolveSourceMob(const Object& clip, Object*& mob) {
     return mob ? AAFRESULT_SUCCESS : AAFRESULT_MOB_NOT_FOUND;
 }
 
+// What the search found below each source mob already searched. A mob reached again gives
+// the same answer without a second search, and one reached through a cycle (only in a
+// malformed file) gives none, so the search ends on any file.
+using LocatorSearch = std::unordered_map<const Object*, Object*>;
+
 // The first locator of the mob's descriptor or, failing that, of the source mobs its
 // slots lead to; a locator found through a later slot replaces an earlier one.
-void FindLocator(const Object& sourceMob, Object*& locator, int depth) {
+void FindLocator(const Object& sourceMob, Object*& locator, LocatorSearch& searched) {
+    auto known = searched.find(&sourceMob);
+    if (known != searched.end()) {
+        if (known->second) locator = known->second;
+        return;
+    }
+    searched[&sourceMob] = nullptr;
     Object* descriptor = nullptr;
     if (AAF_FAILED(aafkit::getEssenceDescriptor(sourceMob, descriptor))) return;
+    Object* found = nullptr;
     const std::vector<Object*>* locators = nullptr;
     if (descriptor && aafkit::getObjects(*descriptor, PID_EssenceDescriptor_Locator, locators) == AAFRESULT_SUCCESS &&
         !locators->empty()) {
-        locator = locators->front();
-        return;
+        found = locators->front();
+    } else {
+        for (Object* slot : aafkit::getSlots(sourceMob)) {
+            Object* clip = FindSourceClip(*slot);
+            Object* mob = nullptr;
+            if (!clip || AAF_FAILED(resolveSourceMob(*clip, mob))) continue;
+            if (mob->isA(AUID_AAFSourceMob)) FindLocator(*mob, found, searched);
+        }
     }
-    if (depth >= kMaxSourceDepth) return;
-    for (Object* slot : aafkit::getSlots(sourceMob)) {
-        Object* clip = FindSourceClip(*slot);
-        Object* mob = nullptr;
-        if (!clip || AAF_FAILED(resolveSourceMob(*clip, mob))) continue;
-        if (mob->isA(AUID_AAFSourceMob)) FindLocator(*mob, locator, depth + 1);
-    }
+    searched[&sourceMob] = found;
+    if (found) locator = found;
 }
 
 AAFRESULT readLocatorPath(const Object& locator, wchar_t* path) {
@@ -81,16 +91,6 @@ AAFRESULT ProcessSource(SourceClip& clip, const Object& reference, const Object&
     return AAFRESULT_SUCCESS;
 }
 
-// A slot's segment, or the first component of its sequence, as a source reference.
-Object* slotReference(Object& segment) {
-    if (segment.isA(AUID_AAFSourceReference)) return &segment;
-    Object* first = nullptr;
-    if (segment.isA(AUID_AAFSequence) && firstComponent(segment, first) == AAFRESULT_SUCCESS &&
-        first->isA(AUID_AAFSourceReference))
-        return first;
-    return nullptr;
-}
-
 AAFRESULT readTimelineSlot(SourceClip& clip, const Object& slot) {
     AAFRESULT result = requiredProperty(aafkit::getRational(slot, PID_TimelineMobSlot_EditRate, clip.editRate), slot,
                                         PID_TimelineMobSlot_EditRate);
@@ -98,7 +98,7 @@ AAFRESULT readTimelineSlot(SourceClip& clip, const Object& slot) {
     Object* segment = nullptr;
     if (AAF_FAILED(result = aafkit::getObject(slot, PID_MobSlot_Segment, segment))) return result;
     if (AAF_FAILED(result = aafkit::getInt64(*segment, PID_Component_Length, clip.length))) return result;
-    Object* reference = slotReference(*segment);
+    Object* reference = segmentAs(*segment, AUID_AAFSourceReference);
     return reference ? ProcessSource(clip, *reference, slot) : AAFRESULT_SUCCESS;
 }
 
@@ -144,7 +144,8 @@ void describeClip(SourceClip& clip, const Object& fileMob) {
     if (!AAF_FAILED(aafkit::getEssenceDescriptor(fileMob, descriptor)) && descriptor)
         processEssenceDescriptor(clip, *descriptor);
     Object* locator = nullptr;
-    FindLocator(fileMob, locator, 0);
+    LocatorSearch searched;
+    FindLocator(fileMob, locator, searched);
     if (locator) AAF_REPORT(readLocatorPath(*locator, clip.path));
 }
 

@@ -98,4 +98,15 @@ TEST_F(Catalogue, LocatorFoundDownTheSourceChain) {
     EXPECT_EQ(LoadClipType(0, c()), 2u);
 }
 
+TEST_F(Catalogue, SourceChainThatLoopsEnds) {
+    master(11, L"clip");
+    Object& sound = aafkit::createObject(s.file(), AUID_AAFWAVEDescriptor);
+    aafkit::setBytes(sound, PID_WAVEDescriptor_Summary, {0});
+    Object& file = fileMob(202, sound);
+    for (uint32_t slot = 1; slot <= 40; ++slot) s.slot(file, slot, s.clip(202, 1, 100, 0));
+    s.parse();
+    EXPECT_EQ(path(0), L"");
+    EXPECT_EQ(LoadClipType(0, c()), 2u);
+}
+
 }  // namespace
