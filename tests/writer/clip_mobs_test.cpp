@@ -78,7 +78,6 @@ TEST(ClipMobs, TwoSoundTracksMakeTwoFileMobsAndOneImportMob) {
         EXPECT_EQ(u32(importSlot, PID_MobSlot_SlotID), i + 2);
         EXPECT_EQ(u32(importSlot, PID_MobSlot_PhysicalTrackNumber), 1u);
     }
-    EXPECT_TRUE(opensWithOlefile(written.path) || !olefileAvailable());
 }
 
 TEST(ClipMobs, ImportTimecodeAndTrackSlotsCoverTheWholeSource) {

@@ -317,7 +317,6 @@ TEST(Effects, AnEffectWithNothingToCoverFailsTheWriteAndKeepsTheFile) {
     WrittenFile afterFiller = writeAndLoad(second.get(), "effect_after_filler");
     EXPECT_EQ(afterFiller.result, AAFRESULT_INVALID_EFFECTARG);
     EXPECT_EQ(mobsOfKind(*afterFiller.file, aafkit::kAAFCompMob).size(), 1u);
-    EXPECT_TRUE(opensWithOlefile(afterFiller.path) || !olefileAvailable());
 }
 
 }  // namespace

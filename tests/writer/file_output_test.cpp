@@ -21,7 +21,9 @@ TEST(FileOutput, EveryFileIdentifiesTheProduct) {
     EXPECT_EQ(text(*identification, PID_Identification_Platform), L"Windows");
     EXPECT_TRUE(auid(*identification, PID_Identification_ProductID) == aafkit::kNullAuid);
     EXPECT_EQ(bytes(*identification, PID_Identification_ProductVersion), std::vector<uint8_t>(9, 0));
-    EXPECT_TRUE(opensWithOlefile(written.path) || !olefileAvailable());
+    if (olefileAvailable()) {
+        EXPECT_TRUE(opensWithOlefile(written.path));
+    }
 }
 
 TEST(FileOutput, AnExistingFileIsNeverReplaced) {
