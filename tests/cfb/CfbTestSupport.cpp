@@ -4,6 +4,7 @@
 #include <array>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -116,15 +117,8 @@ std::vector<std::string> olefileListing(const std::vector<std::string>& paths) {
     std::vector<std::string> lines;
     FILE* pipe = popen(command.c_str(), "r");
     if (!pipe) return lines;
-    std::string line;
-    for (int c; (c = std::fgetc(pipe)) != EOF;) {
-        if (c != '\n') {
-            line += char(c);
-            continue;
-        }
-        lines.push_back(line);
-        line.clear();
-    }
+    for (char line[4096]; std::fgets(line, sizeof line, pipe);)
+        lines.emplace_back(line, std::strcspn(line, "\n"));
     pclose(pipe);
     std::sort(lines.begin(), lines.end());
     return lines;
@@ -159,10 +153,6 @@ RawLayout rawLayout(const std::vector<uint8_t>& bytes) {
     raw.sectorSize = 1u << (bytes[30] | bytes[31] << 8);
     const uint32_t fatCount = le32(bytes, 44);
     for (uint32_t i = 0; i < std::min<uint32_t>(fatCount, 109); ++i) raw.fatSectors.push_back(le32(bytes, 76 + 4 * i));
-    const uint32_t perDifat = raw.sectorSize / 4 - 1;
-    for (uint32_t d = le32(bytes, 68); raw.fatSectors.size() < fatCount; d = le32(bytes, raw.sectorOffset(d) + 4 * perDifat))
-        for (uint32_t i = 0; i < perDifat && raw.fatSectors.size() < fatCount; ++i)
-            raw.fatSectors.push_back(le32(bytes, raw.sectorOffset(d) + 4 * i));
     for (uint32_t s : raw.fatSectors)
         for (uint32_t i = 0; i < raw.sectorSize / 4; ++i) raw.fat.push_back(le32(bytes, raw.sectorOffset(s) + 4 * i));
     raw.directorySectors = rawChain(raw.fat, le32(bytes, 48));

@@ -31,7 +31,8 @@ std::vector<std::string> olefileListing(const std::vector<std::string>& paths);
 uint32_t le32(const std::vector<uint8_t>& bytes, size_t offset);
 void putLe32(std::vector<uint8_t>& bytes, size_t offset, uint32_t value);
 
-// Raw layout read straight from the bytes, trusting them (tests feed it good files).
+// Raw layout read straight from the bytes, trusting them: tests feed it good
+// files whose FAT is listed in the header alone.
 struct RawLayout {
     uint32_t sectorSize = 0;
     std::vector<uint32_t> fat;
