@@ -88,9 +88,10 @@ void appendSegment(Object& sequence, const std::vector<Object*>& components, Obj
 }
 
 void appendEvent(Object& sequence, const std::vector<Object*>& components, Object& event) {
-    for (const Object* existing : components)
-        if (!existing->isA(AUID_AAFEvent) || existing->classId() != event.classId())
-            throw ResultException(AAFRESULT_EVENT_SEMANTICS);
+    // Every earlier component passed this check, so the last one speaks for all.
+    if (!components.empty() &&
+        (!components.back()->isA(AUID_AAFEvent) || components.back()->classId() != event.classId()))
+        throw ResultException(AAFRESULT_EVENT_SEMANTICS);
     int64_t position = positionOf(event);
     if (!components.empty() && position < positionOf(*components.back()))
         throw ResultException(AAFRESULT_EVENT_SEMANTICS);
