@@ -57,7 +57,9 @@ protected:
         AddMarker(10, L"first", c);
         AddMarker(40, L"second", c);
 
-        path_ = ::testing::TempDir() + "writer_round_trip.aaf";
+        // One file per test: ctest runs the cases of this fixture in parallel.
+        path_ = ::testing::TempDir() + "writer_round_trip_" +
+                ::testing::UnitTest::GetInstance()->current_test_info()->name() + ".aaf";
         std::remove(path_.c_str());
         ASSERT_EQ(WriteAafFile(std::wstring(path_.begin(), path_.end()).c_str(), c), AAFRESULT_SUCCESS);
         AafParseContext* reader = nullptr;
