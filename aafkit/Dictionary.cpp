@@ -18,24 +18,14 @@ void setMetaReference(Object& o, uint16_t pid, uint16_t metaSetPid, const aafUID
     o.ensure(pid, StoredForm::WeakRef).weak.assign(1, std::move(reference));
 }
 
-// The highest dynamic pid no property of the file uses.
-uint16_t freeDynamicPid(const meta::MetaModel& model) {
-    uint16_t pid = 0xffff;
-    while (pid > 0x8000 && model.findProperty(pid)) --pid;
-    return pid;
-}
-
 }  // namespace
 
 const meta::PropertyDef* registerOptionalProperty(File& file, const aafUID_t& classId, const aafUID_t& propertyId,
                                                   const std::string& name, const aafUID_t& typeId) {
     meta::MetaModel& model = file.model();
-    meta::ClassDef* cls = model.mutableClass(classId);
+    const meta::ClassDef* cls = model.findClass(classId);
     if (!cls || !model.findType(typeId)) return nullptr;
-    const meta::PropertyDef* property = model.declareProperty(*cls, propertyId, name, typeId, true);
-    // Extension properties the built-in model already knows carry no pid until a file binds one.
-    if (property && property->pid == 0) model.bindPid(*property, freeDynamicPid(model));
-    return property;
+    return model.declareProperty(*cls, propertyId, name, typeId, true);
 }
 
 AAFRESULT lookupDefinition(const File& file, uint16_t setPid, const aafUID_t& id, Object*& out) {

@@ -71,7 +71,7 @@ void declareType(const Object& definition, MetaModel& model) {
     model.declareType(std::move(type));
 }
 
-void declareProperties(const Object& classDefinition, ClassDef& cls, MetaModel& model) {
+void declareProperties(const Object& classDefinition, const ClassDef& cls, MetaModel& model) {
     const std::vector<Object*>* properties = nullptr;
     if (getObjects(classDefinition, PID_ClassDefinition_Properties, properties) != AAFRESULT_SUCCESS) return;
     for (const Object* p : *properties) {
@@ -103,7 +103,7 @@ void declareClasses(const std::vector<Object*>& definitions, MetaModel& model) {
                 later.push_back(d);
                 continue;
             }
-            ClassDef& cls = model.declareClass(id, name(*d), parent, boolean(*d, PID_ClassDefinition_IsConcrete, true));
+            const ClassDef& cls = model.declareClass(id, name(*d), parent, boolean(*d, PID_ClassDefinition_IsConcrete, true));
             declareProperties(*d, cls, model);
             progress = true;
         }

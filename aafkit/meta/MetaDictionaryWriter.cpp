@@ -68,7 +68,7 @@ void MetaDictionaryWriter::collectClasses() {
         if (!row.extension) collectType(row.id);
     for (const TypeDef* type : model_.addedTypes()) collectType(type->id);
     for (const ClassDef* cls : classes_)
-        for (const PropertyDef* p : cls->properties)
+        for (const PropertyDef* p : model_.propertiesOf(*cls))
             if (p->pid) collectType(p->type);
 }
 
@@ -100,7 +100,7 @@ void MetaDictionaryWriter::writeClass(Object& dictionary, const ClassDef& cls) {
     setMetaReference(c, PID_ClassDefinition_ParentClass, PID_MetaDictionary_ClassDefinitions,
                      cls.parent ? cls.parent->id : cls.id);
     setUInt8(c, PID_ClassDefinition_IsConcrete, cls.concrete);
-    for (const PropertyDef* p : cls.properties) {
+    for (const PropertyDef* p : model_.propertiesOf(cls)) {
         if (!p->pid) continue;  // an extension this file does not use
         Object& d = newDefinition(AUID_AAFPropertyDefinition, p->id, p->name);
         setAuid(d, PID_PropertyDefinition_Type, p->type);

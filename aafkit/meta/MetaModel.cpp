@@ -6,8 +6,6 @@ namespace aafkit::meta {
 
 namespace {
 
-AuidKey key(const aafUID_t& id) { return AuidKey(id); }
-
 TypeDef typeFromBaseline(const BaselineType& row) {
     TypeDef type;
     type.id = row.id;
@@ -21,6 +19,101 @@ TypeDef typeFromBaseline(const BaselineType& row) {
     type.builtin = true;
     type.extension = row.extension;
     return type;
+}
+
+template <typename Map>
+auto findIn(const Map& map, const typename Map::key_type& key) -> typename Map::mapped_type {
+    auto it = map.find(key);
+    return it == map.end() ? nullptr : it->second;
+}
+
+void addTypes(ModelStore& store) {
+    for (const BaselineType& row : baselineTypes()) {
+        if (store.typesById.count(AuidKey(row.id))) continue;
+        TypeDef& type = store.types.emplace_back(typeFromBaseline(row));
+        store.typesById.emplace(AuidKey(type.id), &type);
+    }
+    std::unordered_map<std::string_view, TypeDef*> byName;
+    for (TypeDef& t : store.types) byName.emplace(t.name, &t);
+    for (const BaselineTypeMember& row : baselineTypeMembers()) {
+        auto owner = byName.find(row.type);
+        if (owner != byName.end())
+            owner->second->members.push_back({row.name, row.memberType, row.value, row.extValue});
+    }
+}
+
+void addClasses(ModelStore& store) {
+    std::unordered_map<std::string_view, ClassDef*> byName;
+    for (const BaselineClass& row : baselineClasses()) {
+        if (store.classesById.count(AuidKey(row.id))) continue;
+        ClassDef& cls = store.classes.emplace_back();
+        cls.id = row.id;
+        cls.name = row.name;
+        cls.concrete = row.concrete;
+        cls.builtin = true;
+        cls.extension = row.extension;
+        store.classesById.emplace(AuidKey(cls.id), &cls);
+        store.classesByName.emplace(cls.name, &cls);
+        byName.emplace(cls.name, &cls);
+    }
+    // Parents by name may come later in the table.
+    for (const BaselineClass& row : baselineClasses())
+        if (*row.parent) byName.at(row.name)->parent = findIn(byName, row.parent);
+    for (const BaselineProperty& row : baselineProperties()) {
+        auto owner = byName.find(row.owner);
+        if (owner == byName.end() || store.propertiesById.count(AuidKey(row.id))) continue;
+        PropertyDef& p = store.properties.emplace_back();
+        p.id = row.id;
+        p.name = row.name;
+        p.pid = row.pid;
+        p.type = row.type;
+        p.optional = row.optional;
+        p.uniqueId = row.uniqueId;
+        p.owner = owner->second;
+        p.builtin = true;
+        p.extension = row.extension;
+        owner->second->properties.push_back(&p);
+        store.propertiesById.emplace(AuidKey(p.id), &p);
+        if (p.pid) store.propertiesByPid.emplace(p.pid, &p);
+    }
+    // Object reference types name their target class; resolve it to an AUID once.
+    for (const BaselineType& row : baselineTypes())
+        if (ClassDef* target = *row.target ? findIn(byName, row.target) : nullptr)
+            store.typesById.at(AuidKey(row.id))->target = target->id;
+}
+
+// The root object's class: not in the model tables, never written to a MetaDictionary.
+void addRoot(ModelStore& store) {
+    ClassDef& root = store.classes.emplace_back();
+    root.id = kRootClassId;
+    root.name = "Root";
+    root.concrete = true;
+    root.builtin = true;
+    store.classesById.emplace(AuidKey(root.id), &root);
+    for (auto [pid, name] : {std::pair<uint16_t, const char*>{kRootMetaDictionaryPid, "MetaDictionary"},
+                             {kRootHeaderPid, "Header"}}) {
+        PropertyDef& p = store.properties.emplace_back();
+        p.id = kRootClassId;
+        p.id.Data4[7] = uint8_t(pid);
+        p.name = name;
+        p.pid = pid;
+        p.optional = false;
+        p.owner = &root;
+        p.builtin = true;
+        root.properties.push_back(&p);
+        store.propertiesByPid.emplace(pid, &p);
+    }
+}
+
+const ModelStore& builtinStore() {
+    static const ModelStore store = [] {
+        ModelStore s;
+        addTypes(s);
+        addClasses(s);
+        addRoot(s);
+        return s;
+    }();
+    return store;
 }
 
 }  // namespace
@@ -49,188 +142,116 @@ const PropertyDef* ClassDef::uniqueIdProperty() const {
     return nullptr;
 }
 
-MetaModel::MetaModel() {
-    classesById_.reserve(256);
-    classesByName_.reserve(256);
-    typesById_.reserve(256);
-    propertiesById_.reserve(640);
-    propertiesByPid_.reserve(640);
-    for (const BaselineType& row : baselineTypes()) declareType(typeFromBaseline(row));
-    std::unordered_map<std::string_view, TypeDef*> typesByName;
-    for (TypeDef& t : types_) typesByName.emplace(t.name, &t);
-    for (const BaselineTypeMember& row : baselineTypeMembers()) {
-        auto owner = typesByName.find(row.type);
-        if (owner != typesByName.end())
-            owner->second->members.push_back({row.name, row.memberType, row.value, row.extValue});
-    }
-    // Classes first (parents by name may come later in the table), then parents.
-    for (const BaselineClass& row : baselineClasses()) {
-        if (findClass(row.id)) continue;
-        ClassDef& cls = classes_.emplace_back();
-        cls.id = row.id;
-        cls.name = row.name;
-        cls.concrete = row.concrete;
-        cls.builtin = true;
-        cls.extension = row.extension;
-        classesById_[key(cls.id)] = &cls;
-        classesByName_[cls.name] = &cls;
-    }
-    for (const BaselineClass& row : baselineClasses()) {
-        if (*row.parent == 0) continue;
-        auto parent = classesByName_.find(row.parent);
-        if (parent != classesByName_.end()) classesById_[key(row.id)]->parent = parent->second;
-    }
-    for (const BaselineProperty& row : baselineProperties()) {
-        auto owner = classesByName_.find(row.owner);
-        if (owner == classesByName_.end() || propertiesById_.count(key(row.id))) continue;
-        PropertyDef& p = properties_.emplace_back();
-        p.id = row.id;
-        p.name = row.name;
-        p.pid = row.pid;
-        p.type = row.type;
-        p.optional = row.optional;
-        p.uniqueId = row.uniqueId;
-        p.owner = owner->second;
-        p.builtin = true;
-        p.extension = row.extension;
-        owner->second->properties.push_back(&p);
-        propertiesById_[key(p.id)] = &p;
-        if (p.pid) propertiesByPid_[p.pid] = &p;
-    }
-    // Object reference types name their target class; resolve it to an AUID once.
-    for (const BaselineType& row : baselineTypes()) {
-        if (*row.target == 0) continue;
-        auto target = classesByName_.find(row.target);
-        if (target != classesByName_.end()) typesById_[key(row.id)]->target = target->second->id;
-    }
-    declareRoot();
-    addedClasses_.clear();
-    addedTypes_.clear();
-    addedProperties_.clear();
-}
-
-void MetaModel::declareRoot() {
-    ClassDef& root = declareClass(kRootClassId, "Root", kNullAuid, true);
-    root.builtin = true;
-    for (auto [pid, name] : {std::pair<uint16_t, const char*>{kRootMetaDictionaryPid, "MetaDictionary"},
-                             {kRootHeaderPid, "Header"}}) {
-        PropertyDef& p = properties_.emplace_back();
-        p.id = kRootClassId;
-        p.id.Data4[7] = uint8_t(pid);  // private ids: these two never reach a MetaDictionary
-        p.name = name;
-        p.pid = pid;
-        p.optional = false;
-        p.owner = &root;
-        p.builtin = true;
-        root.properties.push_back(&p);
-        propertiesByPid_[pid] = &p;
-    }
-}
+MetaModel::MetaModel() : builtin_(builtinStore()) {}
 
 const ClassDef* MetaModel::findClass(const aafUID_t& id) const {
-    auto it = classesById_.find(key(id));
-    return it == classesById_.end() ? nullptr : it->second;
+    const AuidKey key(id);
+    if (const ClassDef* own = findIn(own_.classesById, key)) return own;
+    return findIn(builtin_.classesById, key);
 }
 
 const ClassDef* MetaModel::findClass(const std::string& name) const {
-    auto it = classesByName_.find(name);
-    return it == classesByName_.end() ? nullptr : it->second;
-}
-
-ClassDef* MetaModel::mutableClass(const aafUID_t& id) {
-    auto it = classesById_.find(key(id));
-    return it == classesById_.end() ? nullptr : it->second;
+    if (const ClassDef* own = findIn(own_.classesByName, name)) return own;
+    return findIn(builtin_.classesByName, name);
 }
 
 const TypeDef* MetaModel::findType(const aafUID_t& id) const {
-    auto it = typesById_.find(key(id));
-    return it == typesById_.end() ? nullptr : it->second;
+    const AuidKey key(id);
+    if (const TypeDef* own = findIn(own_.typesById, key)) return own;
+    return findIn(builtin_.typesById, key);
 }
 
 const PropertyDef* MetaModel::findProperty(uint16_t pid) const {
-    auto it = propertiesByPid_.find(pid);
-    return it == propertiesByPid_.end() ? nullptr : it->second;
+    if (const PropertyDef* own = findIn(own_.propertiesByPid, pid)) return own;
+    return findIn(builtin_.propertiesByPid, pid);
 }
 
 const PropertyDef* MetaModel::findPropertyById(const aafUID_t& id) const {
-    auto it = propertiesById_.find(key(id));
-    return it == propertiesById_.end() ? nullptr : it->second;
+    const AuidKey key(id);
+    if (const PropertyDef* own = findIn(own_.propertiesById, key)) return own;
+    return findIn(builtin_.propertiesById, key);
+}
+
+std::vector<const PropertyDef*> MetaModel::propertiesOf(const ClassDef& cls) const {
+    std::vector<const PropertyDef*> out;
+    out.reserve(cls.properties.size());
+    for (const PropertyDef* p : cls.properties) out.push_back(findPropertyById(p->id));  // this file's pid
+    auto added = addedToClass_.find(AuidKey(cls.id));
+    if (added != addedToClass_.end()) out.insert(out.end(), added->second.begin(), added->second.end());
+    return out;
 }
 
 const PropertyDef* MetaModel::findProperty(const ClassDef& cls, const aafUID_t& id) const {
     for (const ClassDef* c = &cls; c; c = c->parent)
-        for (const PropertyDef* p : c->properties)
+        for (const PropertyDef* p : propertiesOf(*c))
             if (p->id == id) return p;
     return nullptr;
 }
 
-ClassDef& MetaModel::declareClass(const aafUID_t& id, const std::string& name, const aafUID_t& parent,
-                                  bool concrete) {
-    if (ClassDef* known = mutableClass(id)) return *known;
-    ClassDef& cls = classes_.emplace_back();
+const ClassDef& MetaModel::declareClass(const aafUID_t& id, const std::string& name, const aafUID_t& parent,
+                                        bool concrete) {
+    if (const ClassDef* known = findClass(id)) return *known;
+    ClassDef& cls = own_.classes.emplace_back();
     cls.id = id;
     cls.name = name;
     cls.parent = findClass(parent);
     cls.concrete = concrete;
-    classesById_[key(id)] = &cls;
-    classesByName_.emplace(name, &cls);
+    own_.classesById.emplace(AuidKey(id), &cls);
+    own_.classesByName.emplace(name, &cls);
     addedClasses_.push_back(&cls);
     return cls;
 }
 
-TypeDef& MetaModel::declareType(TypeDef type) {
-    auto it = typesById_.find(key(type.id));
-    if (it != typesById_.end()) return *it->second;
-    TypeDef& stored = types_.emplace_back(std::move(type));
-    typesById_[key(stored.id)] = &stored;
-    if (!stored.builtin) addedTypes_.push_back(&stored);
+const TypeDef& MetaModel::declareType(TypeDef type) {
+    if (const TypeDef* known = findType(type.id)) return *known;
+    TypeDef& stored = own_.types.emplace_back(std::move(type));
+    own_.typesById.emplace(AuidKey(stored.id), &stored);
+    addedTypes_.push_back(&stored);
     return stored;
 }
 
-const PropertyDef* MetaModel::declareProperty(ClassDef& cls, const aafUID_t& id, const std::string& name,
+PropertyDef& MetaModel::addProperty(const PropertyDef& property) {
+    PropertyDef& p = own_.properties.emplace_back(property);
+    own_.propertiesById[AuidKey(p.id)] = &p;
+    own_.propertiesByPid[p.pid] = &p;
+    return p;
+}
+
+const PropertyDef* MetaModel::declareProperty(const ClassDef& cls, const aafUID_t& id, const std::string& name,
                                               const aafUID_t& type, bool optional, uint16_t pid) {
-    if (const PropertyDef* known = findProperty(cls, id)) return known;
-    if (const PropertyDef* elsewhere = findPropertyById(id)) {
-        // A known extension property (pid 0 in the built-in model) gets this file's pid.
-        if (elsewhere->pid == 0 && elsewhere->owner == &cls) bindPid(*elsewhere, pid ? pid : nextDynamicPid());
-        return elsewhere->owner == &cls ? elsewhere : nullptr;
+    if (const PropertyDef* known = findPropertyById(id)) {
+        if (known->owner != &cls && !findProperty(cls, id)) return nullptr;
+        return known->pid ? known : bindPid(*known, pid ? pid : nextDynamicPid());
     }
-    PropertyDef& p = properties_.emplace_back();
+    PropertyDef p;
     p.id = id;
     p.name = name;
     p.pid = pid ? pid : nextDynamicPid();
     p.type = type;
     p.optional = optional;
     p.owner = &cls;
-    cls.properties.push_back(&p);
-    propertiesById_[key(id)] = &p;
-    propertiesByPid_[p.pid] = &p;
-    addedProperties_.push_back(&p);
-    return &p;
+    const PropertyDef& added = addProperty(p);
+    if (ClassDef* declaredHere = findIn(own_.classesById, AuidKey(cls.id)))
+        declaredHere->properties.push_back(&added);
+    else
+        addedToClass_[AuidKey(cls.id)].push_back(&added);
+    return &added;
 }
 
-void MetaModel::bindPid(const PropertyDef& property, uint16_t pid) {
-    PropertyDef& p = *propertiesById_.at(key(property.id));
-    if (p.pid == pid) return;
-    if (p.pid) propertiesByPid_.erase(p.pid);
-    p.pid = pid;
-    propertiesByPid_[pid] = &p;
-    addedProperties_.push_back(&p);
+const PropertyDef* MetaModel::bindPid(const PropertyDef& property, uint16_t pid) {
+    PropertyDef bound = *findPropertyById(property.id);
+    if (bound.pid == pid) return findPropertyById(property.id);
+    if (bound.pid) own_.propertiesByPid.erase(bound.pid);
+    bound.pid = pid;
+    return &addProperty(bound);
 }
 
 uint16_t MetaModel::nextDynamicPid() const {
     // New dynamic pids go down from 0xffff, below every dynamic pid already in use.
     uint32_t lowest = 0x10000;
-    for (const auto& [pid, property] : propertiesByPid_)
+    for (const auto& [pid, property] : own_.propertiesByPid)
         if (pid >= 0x8000 && pid < lowest) lowest = pid;
     return uint16_t(lowest - 1);
-}
-
-bool MetaModel::isDeclaredByFile(const aafUID_t& id) const {
-    const ClassDef* cls = findClass(id);
-    if (cls) return !cls->builtin;
-    const TypeDef* type = findType(id);
-    return type && !type->builtin;
 }
 
 }  // namespace aafkit::meta

@@ -78,9 +78,22 @@ struct AuidKeyHash {
     size_t operator()(const AuidKey& k) const { return size_t(k.high * 0x9e3779b97f4a7c15ull ^ k.low); }
 };
 
+// Definitions with their lookup indexes: the built-in model once per process,
+// and per file what the file declares on top of it.
+struct ModelStore {
+    std::deque<ClassDef> classes;
+    std::deque<TypeDef> types;
+    std::deque<PropertyDef> properties;
+    std::unordered_map<AuidKey, ClassDef*, AuidKeyHash> classesById;
+    std::unordered_map<std::string, ClassDef*> classesByName;
+    std::unordered_map<AuidKey, TypeDef*, AuidKeyHash> typesById;
+    std::unordered_map<AuidKey, PropertyDef*, AuidKeyHash> propertiesById;
+    std::unordered_map<uint16_t, PropertyDef*> propertiesByPid;
+};
+
 class MetaModel {
 public:
-    MetaModel();  // the built-in model
+    MetaModel();  // the built-in model, shared by every file
     MetaModel(const MetaModel&) = delete;
     MetaModel& operator=(const MetaModel&) = delete;
 
@@ -92,39 +105,34 @@ public:
     const PropertyDef* findPropertyById(const aafUID_t& id) const;
     // Searches the class and its ancestors.
     const PropertyDef* findProperty(const ClassDef& cls, const aafUID_t& id) const;
+    // The class's own properties as this file knows them: with its pids, and what it added.
+    std::vector<const PropertyDef*> propertiesOf(const ClassDef& cls) const;
 
     // Declarations from a file's MetaDictionary or from the writer. Lookups first:
     // an id that is already known keeps its first definition.
-    ClassDef& declareClass(const aafUID_t& id, const std::string& name, const aafUID_t& parent,
-                           bool concrete);
-    TypeDef& declareType(TypeDef type);
+    const ClassDef& declareClass(const aafUID_t& id, const std::string& name, const aafUID_t& parent,
+                                 bool concrete);
+    const TypeDef& declareType(TypeDef type);
     // A property on a class; pid 0 asks for the next free dynamic pid (0xffff downwards).
-    const PropertyDef* declareProperty(ClassDef& cls, const aafUID_t& id, const std::string& name,
+    // Null when the id already belongs to a property of another class.
+    const PropertyDef* declareProperty(const ClassDef& cls, const aafUID_t& id, const std::string& name,
                                        const aafUID_t& type, bool optional, uint16_t pid = 0);
-    // Dynamic pids assigned to known extension properties as the file declares them.
-    void bindPid(const PropertyDef& property, uint16_t pid);
-    ClassDef* mutableClass(const aafUID_t& id);
+    // A known extension property (pid 0 in the built-in model) gets this file's pid.
+    const PropertyDef* bindPid(const PropertyDef& property, uint16_t pid);
 
-    bool isDeclaredByFile(const aafUID_t& classOrType) const;
     const std::vector<const ClassDef*>& addedClasses() const { return addedClasses_; }
     const std::vector<const TypeDef*>& addedTypes() const { return addedTypes_; }
-    const std::vector<const PropertyDef*>& addedProperties() const { return addedProperties_; }
 
 private:
     uint16_t nextDynamicPid() const;
-    void declareRoot();
+    PropertyDef& addProperty(const PropertyDef& property);
 
-    std::deque<ClassDef> classes_;
-    std::deque<TypeDef> types_;
-    std::deque<PropertyDef> properties_;
-    std::unordered_map<AuidKey, ClassDef*, AuidKeyHash> classesById_;
-    std::unordered_map<std::string, ClassDef*> classesByName_;
-    std::unordered_map<AuidKey, TypeDef*, AuidKeyHash> typesById_;
-    std::unordered_map<AuidKey, PropertyDef*, AuidKeyHash> propertiesById_;
-    std::unordered_map<uint16_t, const PropertyDef*> propertiesByPid_;
+    const ModelStore& builtin_;
+    ModelStore own_;
+    // Properties this file added to classes it did not declare, by class.
+    std::unordered_map<AuidKey, std::vector<const PropertyDef*>, AuidKeyHash> addedToClass_;
     std::vector<const ClassDef*> addedClasses_;
     std::vector<const TypeDef*> addedTypes_;
-    std::vector<const PropertyDef*> addedProperties_;
 };
 
 }  // namespace aafkit::meta

@@ -141,7 +141,7 @@ TEST(NewFile, MasterAndCompositionMobsRoundTrip) {
 
 TEST(NewFile, ExtensionPropertyGetsDynamicPidAndSurvives) {
     auto file = aafkit::File::createNew(identification());
-    aafkit::meta::ClassDef& component = *file->model().mutableClass(AUID_AAFComponent);
+    const aafkit::meta::ClassDef& component = *file->model().findClass(AUID_AAFComponent);
     const aafUID_t myProperty = {0x11111111, 0x2222, 0x3333, {1, 2, 3, 4, 5, 6, 7, 8}};
     const aafkit::meta::PropertyDef* p =
         file->model().declareProperty(component, myProperty, "MyProperty", kAAFTypeID_Int32, true);
