@@ -37,9 +37,14 @@ Status convertEntry(uint32_t id, const EntryRecord& record, bool version3, Direc
         return fail("root entry misplaced", "entry", id);
     if (record.nameLength > sizeof record.name || record.nameLength % 2 != 0)
         return fail("bad name length", "entry", id);
-    std::u16string name(record.name, record.nameLength == 0 ? 0 : record.nameLength / 2 - 1);
-    name.resize(std::min(name.size(), name.find(u'\0')));
-    entry.name = utf16ToUtf8(name);
+    const size_t units = record.nameLength == 0 ? 0 : record.nameLength / 2 - 1;
+    size_t length = 0;
+    bool ascii = true;
+    for (; length < units && record.name[length] != u'\0'; ++length) ascii = ascii && record.name[length] < 0x80;
+    if (ascii)  // the usual case: no conversion buffer
+        entry.name.assign(record.name, record.name + length);
+    else
+        entry.name = utf16ToUtf8(std::u16string(record.name, length));
     std::memcpy(entry.clsid, record.clsid, sizeof entry.clsid);
     entry.startSector = record.startSector;
     entry.size = version3 ? record.size & 0xFFFFFFFFu : record.size;
@@ -201,7 +206,7 @@ Status CompoundFileReader::readStream(const DirectoryEntry& stream, std::vector<
     if (stream.type != EntryType::Stream) return Status::error("not a stream at entry '" + stream.name + "'");
     const bool mini = stream.size < kMiniStreamCutoff;
     const uint32_t unit = mini ? kMiniSectorSize : sectorSize_;
-    std::vector<uint32_t> sectors;
+    thread_local std::vector<uint32_t> sectors;  // reused: streams are read by the thousand
     Status s = (mini ? miniFat_ : fat_).chain(stream.startSector, unitsFor(stream.size, unit), sectors);
     if (!s) return Status::error(s.message() + " in stream '" + stream.name + "'");
     out.reserve(size_t(stream.size));

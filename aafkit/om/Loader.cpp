@@ -1,7 +1,7 @@
 #include "Loader.h"
 
 #include <algorithm>
-#include <cstdio>
+#include <deque>
 #include <string>
 
 #include "../ByteReader.h"
@@ -17,10 +17,6 @@ namespace {
 constexpr int kMaxDepth = 512;
 constexpr uint16_t kRootMetaDictionary = meta::kRootMetaDictionaryPid;
 constexpr uint16_t kRootHeader = meta::kRootHeaderPid;
-
-struct Entry {
-    uint16_t pid, form, length;
-};
 
 class ObjectLoader {
 public:
@@ -43,16 +39,23 @@ private:
     Status loadChild(const cfb::DirectoryEntry& storage, const std::string& name, Property& p,
                      Object& owner, int depth, Object*& out);
     bool readWeak(ByteReader& in, WeakReference& out);
+    std::vector<uint8_t>& buffer(int depth);
 
     const cfb::CompoundFileReader& cfb_;
     File& file_;
     std::vector<Object*>& created_;
+    std::deque<std::vector<uint8_t>> buffers_;
 };
 
 std::string hex(uint32_t v) {
-    char text[12];
-    std::snprintf(text, sizeof text, "%x", unsigned(v));
-    return text;
+    char text[8];
+    char* end = text + sizeof text;
+    char* at = end;
+    do {
+        *--at = "0123456789abcdef"[v & 0xf];
+        v >>= 4;
+    } while (v);
+    return std::string(at, end);
 }
 
 std::string storedName(const Property& p) {
@@ -81,33 +84,41 @@ Status ObjectLoader::loadObject(const cfb::DirectoryEntry& storage, int depth, O
 
 Status ObjectLoader::loadProperties(const cfb::DirectoryEntry& storage, Object& object, int depth,
                                     const std::vector<uint16_t>* onlyPids) {
-    std::vector<uint8_t> bytes;
+    std::vector<uint8_t>& bytes = buffer(depth);
     if (Status s = readNamedStream(storage, "properties", bytes); !s) return s;
     auto where = [&] { return "object \"" + storage.name + "\""; };
-    ByteReader in(bytes.data(), bytes.size());
+    ByteReader table(bytes.data(), bytes.size());
     uint8_t byteOrder = 0, version = 0;
     uint16_t count = 0;
-    if (!in.u8(byteOrder) || !in.u8(version) || !in.u16(count))
+    if (!table.u8(byteOrder) || !table.u8(version) || !table.u16(count))
         return Status::error("truncated properties header in " + where());
     if (byteOrder != 0x4c) return Status::error("big-endian properties are not supported in " + where());
-    std::vector<Entry> entries(count);
-    for (Entry& e : entries)
-        if (!in.u16(e.pid) || !in.u16(e.form) || !in.u16(e.length))
-            return Status::error("truncated property table in " + where());
-    object.properties().reserve(object.properties().size() + entries.size());
-    for (const Entry& e : entries) {
+    ByteReader values(bytes.data(), bytes.size());
+    if (!values.seek(4 + 6 * size_t(count))) return Status::error("truncated property table in " + where());
+    object.properties().reserve(object.properties().size() + count);
+    for (uint16_t i = 0; i < count; ++i) {
+        uint16_t pid = 0, form = 0, length = 0;
         const uint8_t* value = nullptr;
-        if (!in.bytes(e.length, value))
-            return Status::error("property 0x" + hex(e.pid) + " runs past the end of " + where());
-        if (onlyPids && std::find(onlyPids->begin(), onlyPids->end(), e.pid) == onlyPids->end()) continue;
-        if (object.find(e.pid)) return Status::error("duplicate property 0x" + hex(e.pid) + " in " + where());
+        table.u16(pid);
+        table.u16(form);
+        table.u16(length);
+        if (!values.bytes(length, value))
+            return Status::error("property 0x" + hex(pid) + " runs past the end of " + where());
+        if (onlyPids && std::find(onlyPids->begin(), onlyPids->end(), pid) == onlyPids->end()) continue;
+        if (object.find(pid)) return Status::error("duplicate property 0x" + hex(pid) + " in " + where());
         Property& p = object.properties().emplace_back();
-        p.pid = e.pid;
-        p.form = e.form;
-        p.data.assign(value, value + e.length);
+        p.pid = pid;
+        p.form = form;
+        p.data.assign(value, value + length);
         if (Status s = loadValue(storage, object, p, value, depth); !s) return s;
     }
     return Status();
+}
+
+// One buffer per nesting level: a parent's stream stays in use while its children load.
+std::vector<uint8_t>& ObjectLoader::buffer(int depth) {
+    while (buffers_.size() <= size_t(depth)) buffers_.emplace_back();
+    return buffers_[size_t(depth)];
 }
 
 Status ObjectLoader::loadValue(const cfb::DirectoryEntry& storage, Object& object, Property& p,
