@@ -48,6 +48,17 @@ TEST(Dictionary, OptionalPropertiesTakeDynamicPidsFromTheTop) {
     EXPECT_TRUE(next->optional);
     const aafUID_t unknownType = {1, 2, 3, {4, 5, 6, 7, 8, 9, 10, 11}};
     EXPECT_EQ(aafkit::registerOptionalProperty(*file, AUID_AAFMob, mine, "Mine", unknownType), nullptr);
+
+    // Each file numbers its own: another file starts again at the top.
+    auto other = aafkit::File::createNew(aafkit::ProductIdentification());
+    const auto* mineThere = aafkit::registerOptionalProperty(*other, AUID_AAFMob, mine, "Mine", kAAFTypeID_Int32);
+    ASSERT_NE(mineThere, nullptr);
+    EXPECT_EQ(mineThere->pid, 0xffff);
+    const auto* listThere = aafkit::registerOptionalProperty(*other, AUID_AAFComponent, known, "ComponentAttributeList",
+                                                             kAAFTypeID_TaggedValueStrongReferenceVector);
+    ASSERT_NE(listThere, nullptr);
+    EXPECT_EQ(listThere->pid, 0xfffe);
+    EXPECT_EQ(list->pid, 0xffff);  // the first file keeps its numbering
 }
 
 }  // namespace
