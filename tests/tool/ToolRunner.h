@@ -7,12 +7,12 @@ namespace testsupport {
 
 struct ToolRun {
     int exitCode = -1;
-    std::string output;  // standard output and standard error together
+    std::string output;  // standard output, and standard error unless it was left out
 };
 
-inline ToolRun runTool(const std::string& arguments) {
+inline ToolRun runTool(const std::string& arguments, bool withErrors = true) {
     ToolRun run;
-    const std::string command = std::string(AAFBRIDGE_TOOL) + " " + arguments + " 2>&1";
+    const std::string command = std::string(AAFBRIDGE_TOOL) + " " + arguments + (withErrors ? " 2>&1" : " 2>/dev/null");
     if (FILE* pipe = popen(command.c_str(), "r")) {
         char buffer[4096];
         size_t n;
