@@ -1,7 +1,6 @@
 #include "Loader.h"
 
 #include <algorithm>
-#include <deque>
 #include <string>
 
 #include "../ByteReader.h"
@@ -14,38 +13,8 @@ namespace aafkit {
 
 namespace {
 
-constexpr int kMaxDepth = 512;
-constexpr uint16_t kRootMetaDictionary = meta::kRootMetaDictionaryPid;
-constexpr uint16_t kRootHeader = meta::kRootHeaderPid;
-
-class ObjectLoader {
-public:
-    ObjectLoader(const cfb::CompoundFileReader& cfb, File& file, std::vector<Object*>& created)
-        : cfb_(cfb), file_(file), created_(created) {}
-
-    Status loadProperties(const cfb::DirectoryEntry& storage, Object& object, int depth,
-                          const std::vector<uint16_t>* onlyPids = nullptr);
-    Status loadObject(const cfb::DirectoryEntry& storage, int depth, Object*& out);
-
-private:
-    Status readNamedStream(const cfb::DirectoryEntry& storage, const std::string& name,
-                           std::vector<uint8_t>& out);
-    Status loadValue(const cfb::DirectoryEntry& storage, Object& object, Property& p,
-                     const uint8_t* value, int depth);
-    Status loadStrongRef(const cfb::DirectoryEntry& storage, Property& p, Object& owner, int depth);
-    Status loadVector(const cfb::DirectoryEntry& storage, Property& p, Object& owner, int depth);
-    Status loadSet(const cfb::DirectoryEntry& storage, Property& p, Object& owner, int depth);
-    Status loadWeakCollection(const cfb::DirectoryEntry& storage, Property& p);
-    Status loadChild(const cfb::DirectoryEntry& storage, const std::string& name, Property& p,
-                     Object& owner, int depth, Object*& out);
-    bool readWeak(ByteReader& in, WeakReference& out);
-    std::vector<uint8_t>& buffer(int depth);
-
-    const cfb::CompoundFileReader& cfb_;
-    File& file_;
-    std::vector<Object*>& created_;
-    std::deque<std::vector<uint8_t>> buffers_;
-};
+// Deeper trees are refused: callers walk object trees recursively.
+constexpr int kMaxDepth = 1000;
 
 std::string hex(uint32_t v) {
     char text[8];
@@ -58,9 +27,51 @@ std::string hex(uint32_t v) {
     return std::string(at, end);
 }
 
-std::string storedName(const Property& p) {
-    std::wstring wide = utf16ToWide(p.data.data(), p.data.size());
-    return wideToUtf8(wide);
+std::string storedName(const Property& p) { return wideToUtf8(utf16ToWide(p.data.data(), p.data.size())); }
+
+// Objects are loaded from an explicit work list, not by recursion, so that no
+// nesting in a file can exhaust the stack: making an object queues its storage.
+class ObjectLoader {
+public:
+    ObjectLoader(const cfb::CompoundFileReader& cfb, File& file) : cfb_(cfb), file_(file) {}
+
+    // Loads the object's properties (only those in `onlyPids` when given), then everything they reach.
+    Status loadTree(const cfb::DirectoryEntry& storage, Object& object, const std::vector<uint16_t>* onlyPids);
+    const std::vector<Object*>& created() const { return created_; }
+
+private:
+    struct Pending {
+        const cfb::DirectoryEntry* storage;
+        Object* object;
+        int depth;
+    };
+
+    Status loadProperties(const Pending& item, const std::vector<uint16_t>* onlyPids);
+    Status loadValue(const Pending& item, Property& p, const uint8_t* value);
+    Status loadVector(const Pending& item, Property& p);
+    Status loadSet(const Pending& item, Property& p);
+    Status loadWeakCollection(const cfb::DirectoryEntry& storage, Property& p);
+    Status addChild(const Pending& item, const std::string& name, Property& p, Object*& out);
+    Status readNamedStream(const cfb::DirectoryEntry& storage, const std::string& name, std::vector<uint8_t>& out);
+    bool readWeak(ByteReader& in, WeakReference& out);
+
+    const cfb::CompoundFileReader& cfb_;
+    File& file_;
+    std::vector<Object*> created_;
+    std::vector<Pending> pending_;
+    std::vector<uint8_t> properties_;  // reused: one object's stream is done before the next is read
+    std::vector<uint8_t> index_;
+};
+
+Status ObjectLoader::loadTree(const cfb::DirectoryEntry& storage, Object& object,
+                              const std::vector<uint16_t>* onlyPids) {
+    if (Status s = loadProperties({&storage, &object, 0}, onlyPids); !s) return s;
+    while (!pending_.empty()) {
+        const Pending next = pending_.back();
+        pending_.pop_back();
+        if (Status s = loadProperties(next, nullptr); !s) return s;
+    }
+    return Status();
 }
 
 Status ObjectLoader::readNamedStream(const cfb::DirectoryEntry& storage, const std::string& name,
@@ -71,21 +82,10 @@ Status ObjectLoader::readNamedStream(const cfb::DirectoryEntry& storage, const s
     return cfb_.readStream(*stream, out);
 }
 
-Status ObjectLoader::loadObject(const cfb::DirectoryEntry& storage, int depth, Object*& out) {
-    if (depth > kMaxDepth) return Status::error("objects nested too deeply at " + storage.name);
-    if (storage.type != cfb::EntryType::Storage)
-        return Status::error("\"" + storage.name + "\" is not a storage");
-    const aafUID_t classId = decodeAuid(storage.clsid);
-    Object* object = file_.newObject(classId, file_.model().findClass(classId));
-    created_.push_back(object);
-    out = object;
-    return loadProperties(storage, *object, depth);
-}
-
-Status ObjectLoader::loadProperties(const cfb::DirectoryEntry& storage, Object& object, int depth,
-                                    const std::vector<uint16_t>* onlyPids) {
-    std::vector<uint8_t>& bytes = buffer(depth);
-    if (Status s = readNamedStream(storage, "properties", bytes); !s) return s;
+Status ObjectLoader::loadProperties(const Pending& item, const std::vector<uint16_t>* onlyPids) {
+    const cfb::DirectoryEntry& storage = *item.storage;
+    if (Status s = readNamedStream(storage, "properties", properties_); !s) return s;
+    const std::vector<uint8_t>& bytes = properties_;
     auto where = [&] { return "object \"" + storage.name + "\""; };
     ByteReader table(bytes.data(), bytes.size());
     uint8_t byteOrder = 0, version = 0;
@@ -95,6 +95,7 @@ Status ObjectLoader::loadProperties(const cfb::DirectoryEntry& storage, Object& 
     if (byteOrder != 0x4c) return Status::error("big-endian properties are not supported in " + where());
     ByteReader values(bytes.data(), bytes.size());
     if (!values.seek(4 + 6 * size_t(count))) return Status::error("truncated property table in " + where());
+    Object& object = *item.object;
     object.properties().reserve(object.properties().size() + count);
     for (uint16_t i = 0; i < count; ++i) {
         uint16_t pid = 0, form = 0, length = 0;
@@ -110,27 +111,24 @@ Status ObjectLoader::loadProperties(const cfb::DirectoryEntry& storage, Object& 
         p.pid = pid;
         p.form = form;
         p.data.assign(value, value + length);
-        if (Status s = loadValue(storage, object, p, value, depth); !s) return s;
+        if (Status s = loadValue(item, p, value); !s) return s;
     }
     return Status();
 }
 
-// One buffer per nesting level: a parent's stream stays in use while its children load.
-std::vector<uint8_t>& ObjectLoader::buffer(int depth) {
-    while (buffers_.size() <= size_t(depth)) buffers_.emplace_back();
-    return buffers_[size_t(depth)];
-}
-
-Status ObjectLoader::loadValue(const cfb::DirectoryEntry& storage, Object& object, Property& p,
-                               const uint8_t* value, int depth) {
-    auto where = [&] { return "property 0x" + hex(p.pid) + " of \"" + storage.name + "\""; };
+Status ObjectLoader::loadValue(const Pending& item, Property& p, const uint8_t* value) {
+    auto where = [&] { return "property 0x" + hex(p.pid) + " of \"" + item.storage->name + "\""; };
     switch (p.storedForm()) {
-    case StoredForm::StrongRef:
-        return loadStrongRef(storage, p, object, depth);
+    case StoredForm::StrongRef: {
+        Object* child = nullptr;
+        if (Status s = addChild(item, storedName(p), p, child); !s) return s;
+        p.objects.push_back(child);
+        return Status();
+    }
     case StoredForm::StrongRefVector:
-        return loadVector(storage, p, object, depth);
+        return loadVector(item, p);
     case StoredForm::StrongRefSet:
-        return loadSet(storage, p, object, depth);
+        return loadSet(item, p);
     case StoredForm::WeakRef: {
         ByteReader in(value, p.data.size());
         p.weak.emplace_back();
@@ -139,11 +137,11 @@ Status ObjectLoader::loadValue(const cfb::DirectoryEntry& storage, Object& objec
     }
     case StoredForm::WeakRefVector:
     case StoredForm::WeakRefSet:
-        return loadWeakCollection(storage, p);
+        return loadWeakCollection(*item.storage, p);
     case StoredForm::DataStream: {
         if (p.data.size() < 3 || p.data[0] != 0x55) return Status::error("malformed stream reference in " + where());
         std::wstring name = utf16ToWide(p.data.data() + 1, p.data.size() - 1);
-        return readNamedStream(storage, wideToUtf8(name), p.stream);
+        return readNamedStream(*item.storage, wideToUtf8(name), p.stream);
     }
     default:
         return Status();  // data and rare forms keep their bytes
@@ -162,50 +160,46 @@ bool ObjectLoader::readWeak(ByteReader& in, WeakReference& out) {
     return true;
 }
 
-Status ObjectLoader::loadChild(const cfb::DirectoryEntry& storage, const std::string& name, Property& p,
-                               Object& owner, int depth, Object*& out) {
-    const cfb::DirectoryEntry* child = cfb_.child(storage, name);
-    if (!child) return Status::error("missing storage \"" + name + "\" in \"" + storage.name + "\"");
-    if (Status s = loadObject(*child, depth + 1, out); !s) return s;
-    out->attach(&owner, p.pid);
+// Makes the child object now and queues its storage for loading.
+Status ObjectLoader::addChild(const Pending& item, const std::string& name, Property& p, Object*& out) {
+    const cfb::DirectoryEntry* child = cfb_.child(*item.storage, name);
+    if (!child || child->type != cfb::EntryType::Storage)
+        return Status::error("missing storage \"" + name + "\" in \"" + item.storage->name + "\"");
+    if (item.depth >= kMaxDepth) return Status::error("objects nested too deeply at \"" + name + "\"");
+    const aafUID_t classId = decodeAuid(child->clsid);
+    out = file_.newObject(classId, file_.model().findClass(classId));
+    out->attach(item.object, p.pid);
+    created_.push_back(out);
+    pending_.push_back({child, out, item.depth + 1});
     return Status();
 }
 
-Status ObjectLoader::loadStrongRef(const cfb::DirectoryEntry& storage, Property& p, Object& owner, int depth) {
-    Object* child = nullptr;
-    if (Status s = loadChild(storage, storedName(p), p, owner, depth, child); !s) return s;
-    p.objects.push_back(child);
-    return Status();
-}
-
-Status ObjectLoader::loadVector(const cfb::DirectoryEntry& storage, Property& p, Object& owner, int depth) {
+Status ObjectLoader::loadVector(const Pending& item, Property& p) {
     const std::string base = storedName(p);
-    std::vector<uint8_t> index;
-    if (Status s = readNamedStream(storage, base + " index", index); !s) return s;
-    ByteReader in(index.data(), index.size());
+    if (Status s = readNamedStream(*item.storage, base + " index", index_); !s) return s;
+    ByteReader in(index_.data(), index_.size());
     uint32_t count = 0, nextFree = 0, lastFree = 0;
     if (!in.u32(count) || !in.u32(nextFree) || !in.u32(lastFree) || count > in.remaining() / 4)
-        return Status::error("malformed index \"" + base + " index\" in \"" + storage.name + "\"");
+        return Status::error("malformed index \"" + base + " index\" in \"" + item.storage->name + "\"");
     p.objects.reserve(count);
     for (uint32_t i = 0; i < count; ++i) {
         uint32_t localKey = 0;
         in.u32(localKey);
         Object* child = nullptr;
-        if (Status s = loadChild(storage, base + "{" + hex(localKey) + "}", p, owner, depth, child); !s) return s;
+        if (Status s = addChild(item, base + "{" + hex(localKey) + "}", p, child); !s) return s;
         p.objects.push_back(child);
     }
     return Status();
 }
 
-Status ObjectLoader::loadSet(const cfb::DirectoryEntry& storage, Property& p, Object& owner, int depth) {
+Status ObjectLoader::loadSet(const Pending& item, Property& p) {
     const std::string base = storedName(p);
-    std::vector<uint8_t> index;
-    if (Status s = readNamedStream(storage, base + " index", index); !s) return s;
-    ByteReader in(index.data(), index.size());
+    if (Status s = readNamedStream(*item.storage, base + " index", index_); !s) return s;
+    ByteReader in(index_.data(), index_.size());
     uint32_t count = 0, nextFree = 0, lastFree = 0;
     if (!in.u32(count) || !in.u32(nextFree) || !in.u32(lastFree) || !in.u16(p.keyPid) || !in.u8(p.keySize) ||
         count > in.remaining() / (8 + size_t(p.keySize)))
-        return Status::error("malformed index \"" + base + " index\" in \"" + storage.name + "\"");
+        return Status::error("malformed index \"" + base + " index\" in \"" + item.storage->name + "\"");
     std::vector<std::pair<std::vector<uint8_t>, Object*>> elements;
     elements.reserve(count);
     for (uint32_t i = 0; i < count; ++i) {
@@ -215,7 +209,7 @@ Status ObjectLoader::loadSet(const cfb::DirectoryEntry& storage, Property& p, Ob
         in.u32(references);
         in.bytes(p.keySize, key);
         Object* child = nullptr;
-        if (Status s = loadChild(storage, base + "{" + hex(localKey) + "}", p, owner, depth, child); !s) return s;
+        if (Status s = addChild(item, base + "{" + hex(localKey) + "}", p, child); !s) return s;
         elements.emplace_back(std::vector<uint8_t>(key, key + p.keySize), child);
     }
     // Sets enumerate in key order, whatever order the file stored them in.
@@ -227,10 +221,9 @@ Status ObjectLoader::loadSet(const cfb::DirectoryEntry& storage, Property& p, Ob
 
 Status ObjectLoader::loadWeakCollection(const cfb::DirectoryEntry& storage, Property& p) {
     const std::string base = storedName(p);
-    std::vector<uint8_t> index;
-    if (Status s = readNamedStream(storage, base + " index", index); !s) return s;
+    if (Status s = readNamedStream(storage, base + " index", index_); !s) return s;
     const std::string where = "\"" + base + " index\" in \"" + storage.name + "\"";
-    ByteReader in(index.data(), index.size());
+    ByteReader in(index_.data(), index_.size());
     uint32_t count = 0;
     uint16_t tag = 0, keyPid = 0;
     uint8_t keySize = 0;
@@ -272,21 +265,20 @@ Status readPathTable(const cfb::CompoundFileReader& cfb, File& file) {
 
 Status Loader::load(const cfb::CompoundFileReader& cfb, File& file) {
     if (Status s = readPathTable(cfb, file); !s) return s;
-    std::vector<Object*> created;
-    ObjectLoader loader(cfb, file, created);
+    ObjectLoader loader(cfb, file);
     const cfb::DirectoryEntry& rootEntry = cfb.root();
     const aafUID_t rootClass = decodeAuid(rootEntry.clsid);
     Object* root = file.newObject(rootClass, file.model().findClass(rootClass));
     file.root_ = root;
     // The MetaDictionary declares what the rest of the file needs to be understood.
-    const std::vector<uint16_t> metaOnly{kRootMetaDictionary};
-    if (Status s = loader.loadProperties(rootEntry, *root, 0, &metaOnly); !s) return s;
+    const std::vector<uint16_t> metaOnly{meta::kRootMetaDictionaryPid};
+    if (Status s = loader.loadTree(rootEntry, *root, &metaOnly); !s) return s;
     if (Object* metaDictionary = file.metaDictionary())
         if (Status s = readMetaDictionary(*metaDictionary, file.model()); !s) return s;
     // Objects made before the declarations were known get their classes now.
-    for (Object* object : created) object->setClassDef(file.model().findClass(object->classId()));
-    const std::vector<uint16_t> rest{kRootHeader};
-    if (Status s = loader.loadProperties(rootEntry, *root, 0, &rest); !s) return s;
+    for (Object* object : loader.created()) object->setClassDef(file.model().findClass(object->classId()));
+    const std::vector<uint16_t> rest{meta::kRootHeaderPid};
+    if (Status s = loader.loadTree(rootEntry, *root, &rest); !s) return s;
     if (!file.header()) return Status::error("the file has no Header object");
     return Status();
 }

@@ -26,22 +26,40 @@ std::string hex(uint32_t v) {
     return text;
 }
 
+// Objects are saved from an explicit work list, not by recursion, so that no
+// nesting depth can exhaust the stack.
 class ObjectSaver {
 public:
     ObjectSaver(const File& file, cfb::CompoundFileWriter& out) : file_(file), out_(out) {}
-    Status saveProperties(const Object& object, uint32_t storage);
+    Status saveTree(const Object& root, uint32_t storage);
 
 private:
+    struct Pending {
+        const Object* object;
+        uint32_t storage;
+    };
+    Status saveProperties(const Object& object, uint32_t storage);
     Status encode(const Property& p, uint32_t storage, std::vector<uint8_t>& value);
-    Status saveChild(const Object& child, uint32_t storage, const std::string& name);
-    Status saveVector(const Property& p, uint32_t storage, const std::string& base);
+    void saveChild(const Object& child, uint32_t storage, const std::string& name);
+    void saveVector(const Property& p, uint32_t storage, const std::string& base);
     Status saveSet(const Property& p, uint32_t storage, const std::string& base);
     void saveWeakIndex(const Property& p, uint32_t storage, const std::string& base);
     std::string baseName(const Property& p, size_t maxLength) const;
 
     const File& file_;
     cfb::CompoundFileWriter& out_;
+    std::vector<Pending> pending_;
 };
+
+Status ObjectSaver::saveTree(const Object& root, uint32_t storage) {
+    pending_.push_back({&root, storage});
+    while (!pending_.empty()) {
+        const Pending next = pending_.back();
+        pending_.pop_back();
+        if (Status s = saveProperties(*next.object, next.storage); !s) return s;
+    }
+    return Status();
+}
 
 std::string ObjectSaver::baseName(const Property& p, size_t maxLength) const {
     if (!p.data.empty()) return wideToUtf8(utf16ToWide(p.data.data(), p.data.size()));  // as the file had it
@@ -49,13 +67,14 @@ std::string ObjectSaver::baseName(const Property& p, size_t maxLength) const {
     return mangledName(def ? def->name : "Property", p.pid, maxLength);
 }
 
-Status ObjectSaver::saveChild(const Object& child, uint32_t storage, const std::string& name) {
+// Makes the child's storage now; its properties are written when the work list reaches it.
+void ObjectSaver::saveChild(const Object& child, uint32_t storage, const std::string& name) {
     uint8_t clsid[16];
     encodeAuid(child.classId(), clsid);
-    return saveProperties(child, out_.addStorage(storage, name, clsid));
+    pending_.push_back({&child, out_.addStorage(storage, name, clsid)});
 }
 
-Status ObjectSaver::saveVector(const Property& p, uint32_t storage, const std::string& base) {
+void ObjectSaver::saveVector(const Property& p, uint32_t storage, const std::string& base) {
     std::vector<uint8_t> index;
     ByteWriter w(index);
     w.u32(uint32_t(p.objects.size()));
@@ -64,8 +83,7 @@ Status ObjectSaver::saveVector(const Property& p, uint32_t storage, const std::s
     for (uint32_t i = 0; i < p.objects.size(); ++i) w.u32(i);
     out_.addStream(storage, base + " index", std::move(index));
     for (uint32_t i = 0; i < p.objects.size(); ++i)
-        if (Status s = saveChild(*p.objects[i], storage, base + "{" + hex(i) + "}"); !s) return s;
-    return Status();
+        saveChild(*p.objects[i], storage, base + "{" + hex(i) + "}");
 }
 
 Status ObjectSaver::saveSet(const Property& p, uint32_t storage, const std::string& base) {
@@ -87,7 +105,7 @@ Status ObjectSaver::saveSet(const Property& p, uint32_t storage, const std::stri
     }
     out_.addStream(storage, base + " index", std::move(index));
     for (uint32_t i = 0; i < p.objects.size(); ++i)
-        if (Status s = saveChild(*p.objects[i], storage, base + "{" + hex(i) + "}"); !s) return s;
+        saveChild(*p.objects[i], storage, base + "{" + hex(i) + "}");
     return Status();
 }
 
@@ -109,11 +127,11 @@ Status ObjectSaver::encode(const Property& p, uint32_t storage, std::vector<uint
     case StoredForm::StrongRef:
         name = baseName(p, kStrongRefNameLength);
         if (p.objects.size() != 1) return Status::error("strong reference 0x" + hex(p.pid) + " without object");
-        if (Status s = saveChild(*p.objects[0], storage, name); !s) return s;
+        saveChild(*p.objects[0], storage, name);
         break;
     case StoredForm::StrongRefVector:
         name = baseName(p, kCollectionNameLength);
-        if (Status s = saveVector(p, storage, name); !s) return s;
+        saveVector(p, storage, name);
         break;
     case StoredForm::StrongRefSet:
         name = baseName(p, kCollectionNameLength);
@@ -189,7 +207,7 @@ Status build(File& file, cfb::CompoundFileWriter& out) {
     encodeAuid(file.root()->classId(), rootClass);
     out.setClsid(cfb::CompoundFileWriter::kRoot, rootClass);
     ObjectSaver saver(file, out);
-    if (Status s = saver.saveProperties(*file.root(), cfb::CompoundFileWriter::kRoot); !s) return s;
+    if (Status s = saver.saveTree(*file.root(), cfb::CompoundFileWriter::kRoot); !s) return s;
     out.addStream(cfb::CompoundFileWriter::kRoot, "referenced properties", pathTable(file));
     return Status();
 }

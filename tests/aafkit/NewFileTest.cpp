@@ -176,3 +176,32 @@ TEST(NewFile, TwoHundredThousandObjectsRoundTrip) {
 }
 
 }  // namespace
+
+namespace {
+
+// A chain of sequences nested `depth` deep under one mob slot.
+std::unique_ptr<aafkit::File> nestedFile(int depth) {
+    auto file = aafkit::File::createNew(identification());
+    aafkit::Object& mob = addMob(*file, AUID_AAFCompositionMob, 1, L"deep");
+    aafkit::Object* outer = file->create(AUID_AAFSequence);
+    addSlot(*file, mob, 1, *outer);
+    for (int i = 0; i < depth; ++i) {
+        aafkit::Object* inner = file->create(AUID_AAFSequence);
+        aafkit::appendObject(*outer, PID_Sequence_Components, *inner);
+        outer = inner;
+    }
+    return file;
+}
+
+TEST(NewFile, DeepNestingSavesAndLoadsWithinTheLimit) {
+    std::vector<uint8_t> bytes;
+    ASSERT_TRUE(nestedFile(900)->saveToBytes(bytes).ok());
+    std::unique_ptr<aafkit::File> loaded;
+    EXPECT_TRUE(aafkit::File::load(bytes, loaded).ok());
+    // Far deeper than any editor writes: saved without recursion, refused on load with a reason.
+    ASSERT_TRUE(nestedFile(20000)->saveToBytes(bytes).ok());
+    aafkit::Status status = aafkit::File::load(std::move(bytes), loaded);
+    EXPECT_NE(status.message().find("nested too deeply"), std::string::npos) << status.message();
+}
+
+}  // namespace
