@@ -24,7 +24,9 @@ public:
 private:
     template <typename T>
     void littleEndian(T v) {
-        for (size_t i = 0; i < sizeof(T); ++i) out_.push_back(uint8_t(v >> (8 * i)));
+        uint8_t b[sizeof(T)];
+        for (size_t i = 0; i < sizeof(T); ++i) b[i] = uint8_t(v >> (8 * i));
+        out_.insert(out_.end(), b, b + sizeof(T));
     }
     std::vector<uint8_t>& out_;
 };

@@ -119,7 +119,9 @@ Object* File::newObject(const aafUID_t& classId, const meta::ClassDef* classDef)
 Object* File::create(const aafUID_t& classId) {
     const meta::ClassDef* cls = model_.findClass(classId);
     if (!cls || !cls->concrete) return nullptr;
-    return newObject(classId, cls);
+    Object* object = newObject(classId, cls);
+    object->properties().reserve(8);  // most objects get a handful of properties, one at a time
+    return object;
 }
 
 uint32_t File::internPath(const std::vector<uint16_t>& pids) {
@@ -151,6 +153,12 @@ Object* File::resolve(const WeakReference& reference) const {
 }
 
 bool File::referenceTo(const Object& target, WeakReference& out) {
+    // Definitions are referenced by thousands of components: remember each answer.
+    auto known = referenceCache_.find(&target);
+    if (known != referenceCache_.end()) {
+        out = known->second;
+        return true;
+    }
     std::vector<uint16_t> path;
     const Object* at = &target;
     for (; at->container(); at = at->container()) path.insert(path.begin(), at->containerPid());
@@ -161,6 +169,7 @@ bool File::referenceTo(const Object& target, WeakReference& out) {
     out.pathId = internPath(path);
     out.keyPid = key.keyPid;
     out.key = std::move(key.bytes);
+    referenceCache_.emplace(&target, out);
     return true;
 }
 

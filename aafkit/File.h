@@ -88,6 +88,7 @@ private:
     bool ownsMetaDictionary_ = false;  // created here: built from the model at save
     mutable std::unordered_map<std::string, Object*> mobIndex_;
     mutable std::unordered_map<std::string, Object*> resolveCache_;
+    std::unordered_map<const Object*, WeakReference> referenceCache_;
     mutable bool mobIndexValid_ = false;
 };
 

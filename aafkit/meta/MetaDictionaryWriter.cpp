@@ -1,6 +1,7 @@
 #include "MetaDictionaryWriter.h"
 
 #include <set>
+#include <unordered_set>
 
 #include "../File.h"
 #include "../Values.h"
@@ -63,7 +64,9 @@ void MetaDictionaryWriter::collectClasses() {
     for (const BaselineClass& row : baselineClasses())
         if (!row.extension) addWithAncestors(model_.findClass(row.id));
     for (const ClassDef* cls : model_.addedClasses()) addWithAncestors(cls);
-    for (size_t i = 0; i < file_.objectCount(); ++i) addWithAncestors(file_.objectAt(i).classDef());
+    std::unordered_set<const ClassDef*> inUse;
+    for (size_t i = 0; i < file_.objectCount(); ++i) inUse.insert(file_.objectAt(i).classDef());
+    for (const ClassDef* cls : inUse) addWithAncestors(cls);
     for (const BaselineType& row : baselineTypes())
         if (!row.extension) collectType(row.id);
     for (const TypeDef* type : model_.addedTypes()) collectType(type->id);

@@ -8,6 +8,7 @@
 #include "../Values.h"
 #include "../meta/Ids.h"
 #include "../meta/MetaDictionaryReader.h"
+#include "StorageNames.h"
 
 namespace aafkit {
 
@@ -16,16 +17,6 @@ namespace {
 // Deeper trees are refused: callers walk object trees recursively.
 constexpr int kMaxDepth = 1000;
 
-std::string hex(uint32_t v) {
-    char text[8];
-    char* end = text + sizeof text;
-    char* at = end;
-    do {
-        *--at = "0123456789abcdef"[v & 0xf];
-        v >>= 4;
-    } while (v);
-    return std::string(at, end);
-}
 
 std::string storedName(const Property& p) { return wideToUtf8(utf16ToWide(p.data.data(), p.data.size())); }
 
@@ -104,9 +95,9 @@ Status ObjectLoader::loadProperties(const Pending& item, const std::vector<uint1
         table.u16(form);
         table.u16(length);
         if (!values.bytes(length, value))
-            return Status::error("property 0x" + hex(pid) + " runs past the end of " + where());
+            return Status::error("property 0x" + hexText(pid) + " runs past the end of " + where());
         if (onlyPids && std::find(onlyPids->begin(), onlyPids->end(), pid) == onlyPids->end()) continue;
-        if (object.find(pid)) return Status::error("duplicate property 0x" + hex(pid) + " in " + where());
+        if (object.find(pid)) return Status::error("duplicate property 0x" + hexText(pid) + " in " + where());
         Property& p = object.properties().emplace_back();
         p.pid = pid;
         p.form = form;
@@ -117,7 +108,7 @@ Status ObjectLoader::loadProperties(const Pending& item, const std::vector<uint1
 }
 
 Status ObjectLoader::loadValue(const Pending& item, Property& p, const uint8_t* value) {
-    auto where = [&] { return "property 0x" + hex(p.pid) + " of \"" + item.storage->name + "\""; };
+    auto where = [&] { return "property 0x" + hexText(p.pid) + " of \"" + item.storage->name + "\""; };
     switch (p.storedForm()) {
     case StoredForm::StrongRef: {
         Object* child = nullptr;
@@ -186,7 +177,7 @@ Status ObjectLoader::loadVector(const Pending& item, Property& p) {
         uint32_t localKey = 0;
         in.u32(localKey);
         Object* child = nullptr;
-        if (Status s = addChild(item, base + "{" + hex(localKey) + "}", p, child); !s) return s;
+        if (Status s = addChild(item, base + "{" + hexText(localKey) + "}", p, child); !s) return s;
         p.objects.push_back(child);
     }
     return Status();
@@ -209,7 +200,7 @@ Status ObjectLoader::loadSet(const Pending& item, Property& p) {
         in.u32(references);
         in.bytes(p.keySize, key);
         Object* child = nullptr;
-        if (Status s = addChild(item, base + "{" + hex(localKey) + "}", p, child); !s) return s;
+        if (Status s = addChild(item, base + "{" + hexText(localKey) + "}", p, child); !s) return s;
         elements.emplace_back(std::vector<uint8_t>(key, key + p.keySize), child);
     }
     // Sets enumerate in key order, whatever order the file stored them in.

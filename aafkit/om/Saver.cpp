@@ -1,6 +1,5 @@
 #include "Saver.h"
 
-#include <cstdio>
 
 #include "../ByteWriter.h"
 #include "../File.h"
@@ -20,11 +19,6 @@ constexpr uint8_t kLittleEndian = 0x4c;
 constexpr uint8_t kFormatVersion = 0x20;
 constexpr uint32_t kNoFreeKey = 0xffffffff;
 
-std::string hex(uint32_t v) {
-    char text[12];
-    std::snprintf(text, sizeof text, "%x", unsigned(v));
-    return text;
-}
 
 // Objects are saved from an explicit work list, not by recursion, so that no
 // nesting depth can exhaust the stack.
@@ -83,14 +77,14 @@ void ObjectSaver::saveVector(const Property& p, uint32_t storage, const std::str
     for (uint32_t i = 0; i < p.objects.size(); ++i) w.u32(i);
     out_.addStream(storage, base + " index", std::move(index));
     for (uint32_t i = 0; i < p.objects.size(); ++i)
-        saveChild(*p.objects[i], storage, base + "{" + hex(i) + "}");
+        saveChild(*p.objects[i], storage, base + "{" + hexText(i) + "}");
 }
 
 Status ObjectSaver::saveSet(const Property& p, uint32_t storage, const std::string& base) {
     std::vector<SetKey> keys(p.objects.size());
     for (size_t i = 0; i < p.objects.size(); ++i)
         if (!setKeyOf(*p.objects[i], keys[i]))
-            return Status::error("a set element of property 0x" + hex(p.pid) + " has no key");
+            return Status::error("a set element of property 0x" + hexText(p.pid) + " has no key");
     std::vector<uint8_t> index;
     ByteWriter w(index);
     w.u32(uint32_t(p.objects.size()));
@@ -105,7 +99,7 @@ Status ObjectSaver::saveSet(const Property& p, uint32_t storage, const std::stri
     }
     out_.addStream(storage, base + " index", std::move(index));
     for (uint32_t i = 0; i < p.objects.size(); ++i)
-        saveChild(*p.objects[i], storage, base + "{" + hex(i) + "}");
+        saveChild(*p.objects[i], storage, base + "{" + hexText(i) + "}");
     return Status();
 }
 
@@ -126,7 +120,7 @@ Status ObjectSaver::encode(const Property& p, uint32_t storage, std::vector<uint
     switch (p.storedForm()) {
     case StoredForm::StrongRef:
         name = baseName(p, kStrongRefNameLength);
-        if (p.objects.size() != 1) return Status::error("strong reference 0x" + hex(p.pid) + " without object");
+        if (p.objects.size() != 1) return Status::error("strong reference 0x" + hexText(p.pid) + " without object");
         saveChild(*p.objects[0], storage, name);
         break;
     case StoredForm::StrongRefVector:
@@ -138,7 +132,7 @@ Status ObjectSaver::encode(const Property& p, uint32_t storage, std::vector<uint
         if (Status s = saveSet(p, storage, name); !s) return s;
         break;
     case StoredForm::WeakRef: {
-        if (p.weak.size() != 1) return Status::error("weak reference 0x" + hex(p.pid) + " without target");
+        if (p.weak.size() != 1) return Status::error("weak reference 0x" + hexText(p.pid) + " without target");
         const WeakReference& r = p.weak[0];
         w.u16(uint16_t(r.pathId));
         w.u16(r.keyPid);
@@ -172,7 +166,7 @@ Status ObjectSaver::saveProperties(const Object& object, uint32_t storage) {
     for (const Property& p : object.properties()) {
         std::vector<uint8_t> value;
         if (Status s = encode(p, storage, value); !s) return s;
-        if (value.size() > 0xffff) return Status::error("property 0x" + hex(p.pid) + " is too large to store");
+        if (value.size() > 0xffff) return Status::error("property 0x" + hexText(p.pid) + " is too large to store");
         h.u16(p.pid);
         h.u16(p.form);
         h.u16(uint16_t(value.size()));

@@ -1,17 +1,26 @@
 #include "StorageNames.h"
 
 #include <cctype>
-#include <cstdio>
 
 namespace aafkit {
 
+std::string hexText(uint32_t value) {
+    char text[8];
+    char* end = text + sizeof text;
+    char* at = end;
+    do {
+        *--at = "0123456789abcdef"[value & 0xf];
+        value >>= 4;
+    } while (value);
+    return std::string(at, end);
+}
+
 std::string mangledName(const std::string& propertyName, uint16_t pid, size_t maxLength) {
-    char hex[8];
-    std::snprintf(hex, sizeof hex, "%x", unsigned(pid));
+    const std::string hex = hexText(pid);
     std::string name;
     for (char c : propertyName)
         if (std::isalnum(static_cast<unsigned char>(c))) name.push_back(c);
-    const size_t room = maxLength - std::string(hex).size() - 2;
+    const size_t room = maxLength - hex.size() - 2;
     if (name.size() > room) {
         const size_t head = room / 2;
         name = name.substr(0, head) + "-" + name.substr(name.size() - (room - head - 1));

@@ -6,6 +6,9 @@
 
 namespace aafkit {
 
+// Lower-case hexadecimal without leading zeros, as storage names spell numbers.
+std::string hexText(uint32_t value);
+
 std::string mangledName(const std::string& propertyName, uint16_t pid, size_t maxLength);
 
 constexpr size_t kStrongRefNameLength = 32;
