@@ -10,12 +10,7 @@ namespace aafkit {
 namespace {
 
 void setMetaReference(Object& o, uint16_t pid, uint16_t metaSetPid, const aafUID_t& id) {
-    WeakReference reference;
-    reference.pathId = o.file().internPath({meta::kRootMetaDictionaryPid, metaSetPid});
-    reference.keyPid = PID_MetaDefinition_Identification;
-    reference.key.resize(16);
-    encodeAuid(id, reference.key.data());
-    o.ensure(pid, StoredForm::WeakRef).weak.assign(1, std::move(reference));
+    o.ensure(pid, StoredForm::WeakRef).weak.assign(1, o.file().metaReference(metaSetPid, id));
 }
 
 }  // namespace

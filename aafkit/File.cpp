@@ -173,6 +173,13 @@ bool File::referenceTo(const Object& target, WeakReference& out) {
     return true;
 }
 
+WeakReference File::metaReference(uint16_t metaSetPid, const aafUID_t& id) {
+    WeakReference reference{internPath({meta::kRootMetaDictionaryPid, metaSetPid}), PID_MetaDefinition_Identification,
+                            std::vector<uint8_t>(16)};
+    encodeAuid(id, reference.key.data());
+    return reference;
+}
+
 Object* File::lookupMob(const aafMobID_t& id) const {
     if (!mobIndexValid_) {
         mobIndex_.clear();

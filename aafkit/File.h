@@ -69,6 +69,8 @@ public:
     Object* resolve(const WeakReference& reference) const;
     // The reference that names `target`, an element of a set reached by strong references.
     bool referenceTo(const Object& target, WeakReference& out);
+    // A reference to a class or type definition of the MetaDictionary (set 0x0003 or 0x0004) by AUID.
+    WeakReference metaReference(uint16_t metaSetPid, const aafUID_t& id);
 
     // Mobs by MobID, through ContentStorage Mobs.
     Object* lookupMob(const aafMobID_t& id) const;

@@ -310,4 +310,17 @@ std::string wideToUtf8(const std::wstring& text) {
     return out;
 }
 
+std::wstring utf8ToWide(const std::string& text) {
+    std::wstring out;
+    for (size_t i = 0; i < text.size();) {
+        const unsigned char lead = static_cast<unsigned char>(text[i]);
+        const int extra = lead < 0xc0 ? 0 : lead < 0xe0 ? 1 : lead < 0xf0 ? 2 : 3;
+        uint32_t code = extra == 0 ? lead : lead & (0x3f >> extra);
+        for (int k = 1; k <= extra && i + k < text.size(); ++k) code = code << 6 | (text[i + k] & 0x3f);
+        out.push_back(wchar_t(code));
+        i += 1 + extra;
+    }
+    return out;
+}
+
 }  // namespace aafkit

@@ -61,5 +61,7 @@ AAFRESULT setReference(Object& o, uint16_t pid, const Object& target);
 std::wstring utf16ToWide(const uint8_t* bytes, size_t size);
 std::vector<uint8_t> wideToUtf16(const std::wstring& text);  // with terminator
 std::string wideToUtf8(const std::wstring& text);
+// Lenient: a malformed sequence still yields one character per lead byte.
+std::wstring utf8ToWide(const std::string& text);
 
 }  // namespace aafkit

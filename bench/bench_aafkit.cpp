@@ -2,24 +2,16 @@
 // reloading a generated 100,000-object file.
 #include <benchmark/benchmark.h>
 
-#include <algorithm>
 #include <filesystem>
 #include <memory>
 
+#include "BenchSamples.h"
 #include "aafkit/File.h"
 #include "aafkit/Values.h"
 #include "aafkit/meta/Ids.h"
 
 namespace {
 
-std::vector<std::string> samples() {
-    std::vector<std::string> files;
-    std::error_code error;
-    for (const auto& e : std::filesystem::recursive_directory_iterator(AAFBRIDGE_SAMPLES_DIR, error))
-        if (e.path().extension() == ".aaf") files.push_back(e.path().string());
-    std::sort(files.begin(), files.end());
-    return files;
-}
 
 size_t walk(const aafkit::Object& object) {
     size_t count = 1;
@@ -29,7 +21,7 @@ size_t walk(const aafkit::Object& object) {
 }
 
 void LoadAllSamples(benchmark::State& state) {
-    const std::vector<std::string> files = samples();
+    const std::vector<std::string> files = benchSamples();
     if (files.empty()) {
         state.SkipWithError("no samples at " AAFBRIDGE_SAMPLES_DIR);
         return;

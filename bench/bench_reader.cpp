@@ -3,25 +3,19 @@
 #include <benchmark/benchmark.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <cstdio>
 #include <fcntl.h>
-#include <filesystem>
 #include <string>
 #include <vector>
 
+#include "BenchSamples.h"
 #include "aafbridge/aaf_reader.h"
 
 namespace {
 
 std::vector<std::wstring> samples() {
-    std::vector<std::string> files;
-    std::error_code error;
-    for (const auto& e : std::filesystem::recursive_directory_iterator(AAFBRIDGE_SAMPLES_DIR, error))
-        if (e.path().extension() == ".aaf") files.push_back(e.path().string());
-    std::sort(files.begin(), files.end());
     std::vector<std::wstring> wide;
-    for (const std::string& f : files) wide.emplace_back(f.begin(), f.end());
+    for (const std::string& f : benchSamples()) wide.emplace_back(f.begin(), f.end());
     return wide;
 }
 

@@ -90,12 +90,7 @@ void MetaDictionaryWriter::setMetaReference(Object& o, uint16_t pid, uint16_t se
 void MetaDictionaryWriter::setMetaReferences(Object& o, uint16_t pid, uint16_t setPid,
                                              const std::vector<aafUID_t>& targets) {
     Property& p = o.ensure(pid, StoredForm::WeakRefVector);
-    const uint32_t path = file_.internPath({kRootMetaDictionaryPid, setPid});
-    for (const aafUID_t& target : targets) {
-        WeakReference r{path, PID_MetaDefinition_Identification, std::vector<uint8_t>(16)};
-        encodeAuid(target, r.key.data());
-        p.weak.push_back(std::move(r));
-    }
+    for (const aafUID_t& target : targets) p.weak.push_back(file_.metaReference(setPid, target));
 }
 
 void MetaDictionaryWriter::writeClass(Object& dictionary, const ClassDef& cls) {

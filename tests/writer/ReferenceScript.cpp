@@ -4,24 +4,14 @@
 #include <vector>
 
 #include "aafbridge/aaf_writer.h"
+#include "aafkit/Values.h"
 
 namespace {
 
 using nlohmann::json;
 
-std::wstring wide(const json& text) {
-    std::string utf8 = text.get<std::string>();
-    std::wstring out;
-    for (size_t i = 0; i < utf8.size();) {  // UTF-8 to code points
-        auto c = static_cast<unsigned char>(utf8[i]);
-        int extra = c >= 0xf0 ? 3 : c >= 0xe0 ? 2 : c >= 0xc0 ? 1 : 0;
-        uint32_t cp = extra ? c & (0x3f >> extra) : c;
-        for (int k = 1; k <= extra && i + k < utf8.size(); ++k) cp = cp << 6 | (utf8[i + k] & 0x3f);
-        out.push_back(wchar_t(cp));
-        i += 1 + extra;
-    }
-    return out;
-}
+std::wstring wide(const json& text) { return aafkit::utf8ToWide(text.get<std::string>()); }
+
 
 bool mobIdOf(const json& text, aafMobID_t& out) {
     if (text.is_null()) return false;

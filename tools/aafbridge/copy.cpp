@@ -4,6 +4,7 @@
 #include <memory>
 
 #include "Commands.h"
+#include "OpenFile.h"
 #include "aafkit/File.h"
 
 int runCopy(int argc, char** argv) {
@@ -11,12 +12,8 @@ int runCopy(int argc, char** argv) {
         std::fprintf(stderr, "usage: aafbridge copy IN OUT\n");
         return 2;
     }
-    std::unique_ptr<aafkit::File> file;
-    aafkit::Status why;
-    if (aafkit::File::openExistingRead(argv[0], file, &why) != 0) {
-        std::fprintf(stderr, "aafbridge: %s\n", why.message().c_str());
-        return 1;
-    }
+    std::unique_ptr<aafkit::File> file = openOrReport(argv[0]);
+    if (!file) return 1;
     if (aafkit::Status s = file->save(argv[1]); !s) {
         std::fprintf(stderr, "aafbridge: cannot write %s: %s\n", argv[1], s.message().c_str());
         return 1;

@@ -7,6 +7,7 @@
 #include <nlohmann/json.hpp>
 
 #include "Commands.h"
+#include "OpenFile.h"
 #include "ValueText.h"
 #include "aafkit/File.h"
 
@@ -61,12 +62,8 @@ int runObjects(int argc, char** argv) {
         std::fprintf(stderr, "usage: aafbridge objects FILE [--json]\n");
         return 2;
     }
-    std::unique_ptr<aafkit::File> file;
-    aafkit::Status why;
-    if (aafkit::File::openExistingRead(argv[0], file, &why) != 0) {
-        std::fprintf(stderr, "aafbridge: %s\n", why.message().c_str());
-        return 1;
-    }
+    std::unique_ptr<aafkit::File> file = openOrReport(argv[0]);
+    if (!file) return 1;
     const Json tree = objectJson(*file, *file->header());
     if (json)
         std::cout << tree.dump(1) << "\n";

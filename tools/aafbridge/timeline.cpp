@@ -17,19 +17,6 @@ namespace {
 constexpr int32_t kTextSize = 512;
 constexpr uint32_t kNone = 0xFFFFFFFFu;
 
-// The command line's UTF-8 path as the wide text the reader takes.
-std::wstring widePath(const std::string& utf8) {
-    std::wstring out;
-    for (size_t i = 0; i < utf8.size();) {
-        const unsigned char lead = utf8[i];
-        const int extra = lead < 0x80 ? 0 : lead < 0xE0 ? 1 : lead < 0xF0 ? 2 : 3;
-        uint32_t code = extra == 0 ? lead : lead & (0x3F >> extra);
-        for (int k = 1; k <= extra && i + k < utf8.size(); ++k) code = code << 6 | (utf8[i + k] & 0x3F);
-        out.push_back(wchar_t(code));
-        i += 1 + extra;
-    }
-    return out;
-}
 
 template <class Call>
 std::string hostText(Call call) {
@@ -174,7 +161,7 @@ int runTimeline(int argc, char** argv) {
         return 2;
     }
     AafParseContext* context = nullptr;
-    if (OpenAafFile(widePath(argv[0]).c_str(), &context) != 0) {
+    if (OpenAafFile(aafkit::utf8ToWide(argv[0]).c_str(), &context) != 0) {
         std::fprintf(stderr, "aafbridge: cannot open %s as an AAF file\n", argv[0]);
         return 1;
     }

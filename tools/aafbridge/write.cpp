@@ -12,6 +12,7 @@
 
 #include "Commands.h"
 #include "aafbridge/aaf_writer.h"
+#include "aafkit/Values.h"
 #include "aafkit/meta/BaselineModel.h"
 
 using Json = nlohmann::json;
@@ -23,18 +24,6 @@ struct Failure : std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
-std::wstring utf8ToWide(const std::string& utf8) {
-    std::wstring out;
-    for (size_t i = 0; i < utf8.size();) {
-        const unsigned char lead = utf8[i];
-        const int extra = lead < 0x80 ? 0 : lead < 0xE0 ? 1 : lead < 0xF0 ? 2 : 3;
-        uint32_t code = extra == 0 ? lead : lead & (0x3F >> extra);
-        for (int k = 1; k <= extra && i + k < utf8.size(); ++k) code = code << 6 | (utf8[i + k] & 0x3F);
-        out.push_back(wchar_t(code));
-        i += 1 + extra;
-    }
-    return out;
-}
 
 std::string codeText(AAFRESULT code) {
     char hex[16];
@@ -128,7 +117,7 @@ public:
         accept(InitComposition(r.numerator, r.denominator, get<int64_t>(composition, "timecodeLength", "composition", 0),
                                get<bool>(composition, "dropFrame", "composition", false),
                                get<uint32_t>(composition, "timecodeStart", "composition", 0),
-                               utf8ToWide(get<std::string>(composition, "name", "composition")).c_str(), context_),
+                               aafkit::utf8ToWide(get<std::string>(composition, "name", "composition")).c_str(), context_),
                "InitComposition", "composition");
         const double frameRate = double(r.numerator) / r.denominator;
         const Json& tracks = list(description, "tracks", "description");
@@ -137,7 +126,7 @@ public:
         for (size_t m = 0; m < markers.size(); ++m) {
             const std::string where = item("markers", m);
             accept(AddMarker(get<int64_t>(markers[m], "position", where),
-                             utf8ToWide(get<std::string>(markers[m], "text", where)).c_str(), context_),
+                             aafkit::utf8ToWide(get<std::string>(markers[m], "text", where)).c_str(), context_),
                    "AddMarker", where);
         }
     }
@@ -149,7 +138,7 @@ private:
         aafMobID_t tape, file;
         const bool hasTape = mobId(clip, "tapeMobId", where, tape), hasFile = mobId(clip, "fileMobId", where, file);
         const int32_t index =
-            AddClip(utf8ToWide(name).c_str(), utf8ToWide(get<std::string>(clip, "path", where)).c_str(),
+            AddClip(aafkit::utf8ToWide(name).c_str(), aafkit::utf8ToWide(get<std::string>(clip, "path", where)).c_str(),
                     get<int64_t>(clip, "length", where), get<int64_t>(clip, "startTimecode", where, 0),
                     get<bool>(clip, "dropFrame", where, false), hasTape ? &tape : nullptr, hasFile ? &file : nullptr,
                     int32_t(r.numerator), int32_t(r.denominator), context_);
@@ -179,8 +168,8 @@ private:
 
     void addSubClip(const Json& subClip, const std::string& where) {
         const std::string name = get<std::string>(subClip, "name", where);
-        const int32_t index = AddSubClip(utf8ToWide(name).c_str(),
-                                         utf8ToWide(get<std::string>(subClip, "parentPath", where)).c_str(),
+        const int32_t index = AddSubClip(aafkit::utf8ToWide(name).c_str(),
+                                         aafkit::utf8ToWide(get<std::string>(subClip, "parentPath", where)).c_str(),
                                          get<int64_t>(subClip, "length", where), get<int64_t>(subClip, "start", where, 0),
                                          context_);
         if (index < 0) throw Failure(where + ": AddSubClip refused the sub-clip");
@@ -270,7 +259,7 @@ int writeDescription(const Json& description, const std::string& output) {
         Builder builder(context);
         builder.clips(description);
         builder.composition(description);
-        const AAFRESULT written = WriteAafFile(utf8ToWide(output).c_str(), context);
+        const AAFRESULT written = WriteAafFile(aafkit::utf8ToWide(output).c_str(), context);
         if (written != 0) {
             std::fprintf(stderr, "aafbridge write: writing %s failed with %s%s\n", output.c_str(),
                          codeText(written).c_str(),
