@@ -245,13 +245,13 @@ private:
 
 bool exists(const std::string& path) { return std::ifstream(path).good(); }
 
-// Builds and writes; answers the tool's exit code. Nothing is written unless every
-// call was accepted; a write that fails inside still saves what it wrote.
+// Builds and writes; answers the tool's exit code. The library never replaces a
+// file, so the tool writes beside OUTPUT and then moves the result over it. Nothing
+// is written unless every call was accepted; a write that fails inside still saves
+// what it wrote, as the library does.
 int writeDescription(const Json& description, const std::string& output) {
-    if (exists(output)) {
-        std::fprintf(stderr, "aafbridge write: %s exists; a new file never replaces one\n", output.c_str());
-        return 1;
-    }
+    const std::string fresh = output + ".writing";
+    std::remove(fresh.c_str());
     AafWriterContext* context = nullptr;
     CreateAafWriterContext(&context);
     int status = 0;
@@ -259,11 +259,11 @@ int writeDescription(const Json& description, const std::string& output) {
         Builder builder(context);
         builder.clips(description);
         builder.composition(description);
-        const AAFRESULT written = WriteAafFile(aafkit::utf8ToWide(output).c_str(), context);
+        const AAFRESULT written = WriteAafFile(aafkit::utf8ToWide(fresh).c_str(), context);
         if (written != 0) {
             std::fprintf(stderr, "aafbridge write: writing %s failed with %s%s\n", output.c_str(),
                          codeText(written).c_str(),
-                         exists(output) ? "; the file holds what was written before the failure" : "");
+                         exists(fresh) ? "; the file holds what was written before the failure" : "");
             status = 1;
         }
     } catch (const Failure& failure) {
@@ -271,6 +271,11 @@ int writeDescription(const Json& description, const std::string& output) {
         status = 1;
     }
     FreeAafWriterContext(context);
+    if (exists(fresh) && std::rename(fresh.c_str(), output.c_str()) != 0) {
+        std::fprintf(stderr, "aafbridge write: cannot replace %s\n", output.c_str());
+        std::remove(fresh.c_str());
+        status = 1;
+    }
     return status;
 }
 
