@@ -1,7 +1,6 @@
 #pragma once
-// Helpers shared by the compound-file tests: sample discovery, stream listings
-// from our reader and from olefile, and a raw view of the bytes on disk that
-// does not go through the reader under test.
+// Helpers for the compound-file tests: stream listings from our reader and from
+// olefile, and a raw view of the bytes on disk that bypasses the reader under test.
 #include <cstdint>
 #include <string>
 #include <vector>
@@ -11,31 +10,27 @@
 
 namespace cfbtest {
 
-std::vector<std::string> sampleFiles();  // every .aaf below the samples folder, sorted
 std::vector<uint8_t> readBytes(const std::string& path);
-void writeBytes(const std::string& path, const std::vector<uint8_t>& bytes);
-std::string temporaryPath(const std::string& name);
 
-// "<label>\t<path>\t<size>\t<crc32 hex>", one stream's line in a listing.
+// "<label>\t<path>\t<size>\t<adler32 hex>", one stream's line in a listing.
 std::string listingLine(const std::string& label, const std::string& path, const std::vector<uint8_t>& data);
 // Appends the listing line of every stream, reading each.
 aafkit::Status listStreams(const aafkit::cfb::CompoundFileReader& reader, const std::string& label,
                            std::vector<std::string>& lines);
-// Opens `bytes` and reads every stream; false if anything reported an error.
-bool opensAndReadsAll(std::vector<uint8_t> bytes, std::string* error = nullptr);
+// Opens `bytes` and reads every stream; answers the first error, "" when all read.
+std::string errorReadingAll(std::vector<uint8_t> bytes);
 
-// The same listing made by Debian's olefile, labelled by path, sorted. Empty if it is missing.
+// The same listing made by Debian's olefile, labelled by path, sorted.
 bool olefileAvailable();
 std::vector<std::string> olefileListing(const std::vector<std::string>& paths);
 
 uint32_t le32(const std::vector<uint8_t>& bytes, size_t offset);
 void putLe32(std::vector<uint8_t>& bytes, size_t offset, uint32_t value);
 
-// Raw layout read straight from the bytes, trusting them: tests feed it good
-// files whose FAT is listed in the header alone.
+// Layout read straight from the bytes, trusting them: only for good files
+// whose FAT is listed in the header alone.
 struct RawLayout {
     uint32_t sectorSize = 0;
-    std::vector<uint32_t> fat;
     std::vector<uint32_t> fatSectors;
     std::vector<uint32_t> directorySectors;
     std::vector<uint32_t> miniFatSectors;
