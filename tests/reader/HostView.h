@@ -20,93 +20,90 @@ template <class Call>
 json hostText(Call call) {
     wchar_t buffer[513] = {};
     AAFRESULT result = call(buffer, 512);
-    if (result != 0) return json(result);
-    return aafkit::wideToUtf8(buffer);
+    return result != 0 ? json(result) : json(aafkit::wideToUtf8(buffer));
 }
 
 inline json clipView(AafParseContext* c, uint32_t i) {
-    json clip;
-    clip["LoadClipID"] = hostText([&](wchar_t* b, int32_t n) { return LoadClipID(i, b, n, c); });
-    clip["LoadClipName"] = hostText([&](wchar_t* b, int32_t n) { return LoadClipName(i, b, n, c); });
-    clip["LoadClipPath"] = hostText([&](wchar_t* b, int32_t n) { return LoadClipPath(i, b, n, c); });
-    clip["LoadClipType"] = LoadClipType(i, c);
     json tracks = json::array();
     for (uint32_t t = 0; GetClipIsVideo(i, t, c) != 0xFFFFFFFFu; ++t) tracks.push_back(GetClipIsVideo(i, t, c));
-    clip["GetClipIsVideo"] = tracks;
-    return clip;
+    return {{"LoadClipID", hostText([&](wchar_t* b, int32_t n) { return LoadClipID(i, b, n, c); })},
+            {"LoadClipName", hostText([&](wchar_t* b, int32_t n) { return LoadClipName(i, b, n, c); })},
+            {"LoadClipPath", hostText([&](wchar_t* b, int32_t n) { return LoadClipPath(i, b, n, c); })},
+            {"LoadClipType", LoadClipType(i, c)},
+            {"GetClipIsVideo", tracks}};
 }
 
-inline json effectLists(AafParseContext* c, uint32_t t, uint32_t e, json& event) {
-    json ids = json::array(), params = json::array(), keys = json::array();
+inline void addEffectLists(AafParseContext* c, uint32_t t, uint32_t e, json& event) {
+    json& ids = event["GetEffectElementId"] = json::array();
     for (uint32_t i = 0;; ++i) {
-        wchar_t probe[2];
-        if (GetEffectElementId(t, e, i, probe, 1, c) != 0) break;
-        ids.push_back(hostText([&](wchar_t* b, int32_t n) { return GetEffectElementId(t, e, i, b, n, c); }));
+        json id = hostText([&](wchar_t* b, int32_t n) { return GetEffectElementId(t, e, i, b, n, c); });
+        if (!id.is_string()) break;
+        ids.push_back(id);
     }
+    json& params = event["GetEffectParam"] = json::array();
     for (uint32_t i = 0; i < GetEffectParamCount(t, e, c); ++i) params.push_back(GetEffectParam(t, e, i, c));
+    json& keys = event["GetEffectKeyFrame"] = json::array();
     for (uint32_t i = 0; i < GetEffectKeyFrameCount(t, e, c); ++i) keys.push_back(GetEffectKeyFrame(t, e, i, c));
-    event["GetEffectElementId"] = ids;
-    event["GetEffectParam"] = params;
-    event["GetEffectKeyFrame"] = keys;
-    return event;
 }
 
 inline json eventView(AafParseContext* c, uint32_t t, uint32_t e) {
-    json event;
-    event["GetEventLen"] = GetEventLen(t, e, c);
-    event["GetEventInPoint"] = GetEventInPoint(t, e, c);
-    event["GetEventName"] = hostText([&](wchar_t* b, int32_t n) { return GetEventName(t, e, b, n, c); });
-    event["GetEventId"] = hostText([&](wchar_t* b, int32_t n) { return GetEventId(t, e, b, n, c); });
-    event["GetEventSlot"] = GetEventSlot(t, e, c);
-    event["GetEventPhysicalNumber"] = GetEventPhysicalNumber(t, e, c);
-    event["IsEventFiller"] = IsEventFiller(t, e, c);
-    event["IsEventTransition"] = IsEventTransition(t, e, c);
-    event["IsEventEffect"] = IsEventEffect(t, e, c);
-    event["GetTransitionCutPoint"] = GetTransitionCutPoint(t, e, c);
-    event["GetEffectType"] = GetEffectType(t, e, c);
-    event["GetEffectNumInputs"] = GetEffectNumInputs(t, e, c);
-    event["GetEffectKeyFrameCount"] = GetEffectKeyFrameCount(t, e, c);
-    event["GetEffectParamCount"] = GetEffectParamCount(t, e, c);
-    if (IsEventEffect(t, e, c)) effectLists(c, t, e, event);
+    json event = {
+        {"GetEventLen", GetEventLen(t, e, c)},
+        {"GetEventInPoint", GetEventInPoint(t, e, c)},
+        {"GetEventName", hostText([&](wchar_t* b, int32_t n) { return GetEventName(t, e, b, n, c); })},
+        {"GetEventId", hostText([&](wchar_t* b, int32_t n) { return GetEventId(t, e, b, n, c); })},
+        {"GetEventSlot", GetEventSlot(t, e, c)},
+        {"GetEventPhysicalNumber", GetEventPhysicalNumber(t, e, c)},
+        {"IsEventFiller", IsEventFiller(t, e, c)},
+        {"IsEventTransition", IsEventTransition(t, e, c)},
+        {"IsEventEffect", IsEventEffect(t, e, c)},
+        {"GetTransitionCutPoint", GetTransitionCutPoint(t, e, c)},
+        {"GetEffectType", GetEffectType(t, e, c)},
+        {"GetEffectNumInputs", GetEffectNumInputs(t, e, c)},
+        {"GetEffectKeyFrameCount", GetEffectKeyFrameCount(t, e, c)},
+        {"GetEffectParamCount", GetEffectParamCount(t, e, c)}};
+    if (IsEventEffect(t, e, c)) addEffectLists(c, t, e, event);
     return event;
 }
 
 inline json trackView(AafParseContext* c, uint32_t t) {
-    json track;
-    track["GetTrackType"] = GetTrackType(t, c);
-    track["GetTrackEditRate"] = GetTrackEditRate(t, c);
-    track["GetNumEvents"] = GetNumEvents(t, c);
     json events = json::array();
     for (uint32_t e = 0; e < GetNumEvents(t, c); ++e) events.push_back(eventView(c, t, e));
-    track["events"] = events;
-    return track;
+    return {{"GetTrackType", GetTrackType(t, c)},
+            {"GetTrackEditRate", GetTrackEditRate(t, c)},
+            {"GetNumEvents", GetNumEvents(t, c)},
+            {"events", events}};
+}
+
+// Everything a host reads after parsing an open file.
+inline void readParsed(AafParseContext* c, json& view) {
+    view["IsProToolsFile"] = IsProToolsFile(c);
+    view["GetNumClips"] = GetNumClips(c);
+    json& clips = view["clips"] = json::array();
+    for (uint32_t i = 0; i < GetNumClips(c); ++i) clips.push_back(clipView(c, i));
+    uint32_t start = 0, fps = 0, drop = 0;
+    GetTimeCode(&start, &fps, &drop, c);
+    view["GetTimeCode"] = {{"start", start}, {"fps", fps}, {"drop", drop}};
+    view["GetNumMarkers"] = GetNumMarkers(c);
+    json& markers = view["markers"] = json::array();
+    for (uint32_t m = 0; m < GetNumMarkers(c); ++m)
+        markers.push_back(
+            {{"GetMarkerPosition", GetMarkerPosition(m, c)},
+             {"GetMarkerText", hostText([&](wchar_t* b, int32_t n) { return GetMarkerText(m, b, n, c); })}});
+    view["GetNumTracks"] = GetNumTracks(c);
+    json& tracks = view["tracks"] = json::array();
+    for (uint32_t t = 0; t < GetNumTracks(c); ++t) tracks.push_back(trackView(c, t));
 }
 
 // Opens, parses and reads back everything; closes the session.
 inline json hostView(const std::string& path) {
     testing::internal::CaptureStderr();
     AafParseContext* c = nullptr;
-    json view;
-    view["OpenAafFile"] = OpenAafFile(widen(path).c_str(), &c);
+    json view = {{"OpenAafFile", OpenAafFile(widen(path).c_str(), &c)}};
     if (view["OpenAafFile"] == 0) {
         ParseClips(c);
         ParseComposition(c);
-        view["IsProToolsFile"] = IsProToolsFile(c);
-        view["GetNumClips"] = GetNumClips(c);
-        view["clips"] = json::array();
-        for (uint32_t i = 0; i < GetNumClips(c); ++i) view["clips"].push_back(clipView(c, i));
-        uint32_t start = 0, fps = 0, drop = 0;
-        GetTimeCode(&start, &fps, &drop, c);
-        view["GetTimeCode"] = {{"start", start}, {"fps", fps}, {"drop", drop}};
-        view["GetNumMarkers"] = GetNumMarkers(c);
-        view["markers"] = json::array();
-        for (uint32_t m = 0; m < GetNumMarkers(c); ++m)
-            view["markers"].push_back(
-                {{"GetMarkerPosition", GetMarkerPosition(m, c)},
-                 {"GetMarkerText", hostText([&](wchar_t* b, int32_t n) { return GetMarkerText(m, b, n, c); })}});
-        view["GetNumTracks"] = GetNumTracks(c);
-        view["tracks"] = json::array();
-        for (uint32_t t = 0; t < GetNumTracks(c); ++t) view["tracks"].push_back(trackView(c, t));
+        readParsed(c, view);
         CloseFile(c);
     }
     std::string errors = testing::internal::GetCapturedStderr();

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <memory>
+#include <sstream>
 #include <string>
 
 #include "AafParser/aaf_basic.h"
@@ -53,8 +54,7 @@ public:
     // A timeline slot (physical track number 0 leaves the property absent).
     Object& slot(Object& mob, uint32_t slotId, Object& segment, uint32_t physical = 0,
                  aafRational_t rate = {25, 1}) {
-        Object& s = aafkit::createTimelineSlot(file(), rate);
-        return attach(mob, s, slotId, segment, physical);
+        return attach(mob, aafkit::createTimelineSlot(file(), rate), slotId, segment, physical);
     }
     Object& eventSlot(Object& mob, uint32_t slotId, Object& segment) {
         return attach(mob, aafkit::createEventSlot(file(), {25, 1}), slotId, segment, 0);
@@ -66,17 +66,11 @@ public:
     }
     Object& filler(int64_t length) { return aafkit::createFiller(file(), kAAFDataDef_Sound, length); }
 
-    Object& definition(uint16_t setPid, const aafUID_t& classId, const aafUID_t& id) {
-        Object& d = aafkit::newDefinition(file(), classId, id, L"def", L"");
-        return aafkit::registerDefinition(file(), setPid, d);
-    }
-    Object& operation(const aafUID_t& id, int32_t inputs = 1) {
-        Object& d = definition(PID_Dictionary_OperationDefinitions, AUID_AAFOperationDefinition, id);
-        aafkit::setInt32(d, PID_OperationDefinition_NumberInputs, inputs);
-        return d;
-    }
+    // An operation group over a newly defined operation of one input.
     Object& group(const aafUID_t& operationId, int64_t length) {
-        return aafkit::createOperationGroup(file(), kAAFDataDef_Sound, length, operation(operationId));
+        Object& d = definition(PID_Dictionary_OperationDefinitions, AUID_AAFOperationDefinition, operationId);
+        aafkit::setInt32(d, PID_OperationDefinition_NumberInputs, 1);
+        return aafkit::createOperationGroup(file(), kAAFDataDef_Sound, length, d);
     }
     void input(Object& group, Object& segment) {
         ASSERT_EQ(aafkit::appendObject(group, PID_OperationGroup_InputSegments, segment), 0);
@@ -108,6 +102,10 @@ public:
     }
 
 private:
+    Object& definition(uint16_t setPid, const aafUID_t& classId, const aafUID_t& id) {
+        Object& d = aafkit::newDefinition(file(), classId, id, L"def", L"");
+        return aafkit::registerDefinition(file(), setPid, d);
+    }
     Object& attach(Object& mob, Object& s, uint32_t slotId, Object& segment, uint32_t physical) {
         aafkit::setUInt32(s, PID_MobSlot_SlotID, slotId);
         if (physical) aafkit::setUInt32(s, PID_MobSlot_PhysicalTrackNumber, physical);
@@ -153,9 +151,8 @@ protected:
 // The lines the reader printed, one string each.
 inline std::vector<std::string> lines(const std::string& text) {
     std::vector<std::string> out;
-    size_t start = 0;
-    for (size_t end; (end = text.find('\n', start)) != std::string::npos; start = end + 1)
-        out.push_back(text.substr(start, end - start));
+    std::istringstream in(text);
+    for (std::string line; std::getline(in, line);) out.push_back(line);
     return out;
 }
 
