@@ -5,6 +5,7 @@
 
 #include "ResultCodes.h"
 #include "Values.h"
+#include "cfb/CompoundFileFormat.h"
 #include "cfb/CompoundFileReader.h"
 #include "meta/Ids.h"
 #include "om/Loader.h"
@@ -16,17 +17,11 @@ namespace aafkit {
 
 namespace {
 
-// Header CLSIDs of AAF compound files: 512-byte and 4096-byte sector kinds.
-const uint8_t kAafSignature512[16] = {0x41, 0x41, 0x46, 0x42, 0x0d, 0x00, 0x4f, 0x4d,
-                                      0x06, 0x0e, 0x2b, 0x34, 0x01, 0x01, 0x01, 0xff};
-const uint8_t kAafSignature4096[16] = {0x01, 0x02, 0x01, 0x0d, 0x00, 0x02, 0x00, 0x00,
-                                       0x06, 0x0e, 0x2b, 0x34, 0x03, 0x02, 0x01, 0x01};
-const uint8_t kCompoundFileSignature[8] = {0xd0, 0xcf, 0x11, 0xe0, 0xa1, 0xb1, 0x1a, 0xe1};
-
+// The compound-file signature, then the AAF file-kind signature as the header CLSID.
 bool isAafFile(const std::vector<uint8_t>& bytes) {
-    return bytes.size() >= 512 && std::memcmp(bytes.data(), kCompoundFileSignature, 8) == 0 &&
-           (std::memcmp(bytes.data() + 8, kAafSignature512, 16) == 0 ||
-            std::memcmp(bytes.data() + 8, kAafSignature4096, 16) == 0);
+    return bytes.size() >= 512 && std::memcmp(bytes.data(), cfb::kSignature, 8) == 0 &&
+           (std::memcmp(bytes.data() + 8, cfb::kAafSignature512, 16) == 0 ||
+            std::memcmp(bytes.data() + 8, cfb::kAafSignature4096, 16) == 0);
 }
 
 bool readWholeFile(const std::string& path, std::vector<uint8_t>& out) {

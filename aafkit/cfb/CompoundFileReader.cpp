@@ -95,7 +95,6 @@ Status CompoundFileReader::readHeader(FileHeader& header) {
     if (header.miniSectorShift != kMiniSectorShift) return fail("bad mini sector size", "offset", 32);
     if (header.miniStreamCutoff != kMiniStreamCutoff)
         return fail("bad mini stream cutoff", "offset", 56);
-    std::memcpy(headerClsid_, header.clsid, sizeof headerClsid_);
     majorVersion_ = header.majorVersion;
     sectorSize_ = 1u << header.sectorShift;
     if (bytes_.size() < sectorSize_) return fail("file shorter than its header sector", "size", bytes_.size());

@@ -29,9 +29,6 @@ public:
     // Whole stream contents, from the mini stream when shorter than the cutoff.
     Status readStream(const DirectoryEntry& stream, std::vector<uint8_t>& out) const;
 
-    const uint8_t* headerClsid() const { return headerClsid_; }
-    uint16_t majorVersion() const { return majorVersion_; }
-    uint32_t sectorSize() const { return sectorSize_; }
 
 private:
     Status load();
@@ -46,7 +43,6 @@ private:
     const uint8_t* miniSector(uint32_t id) const;
 
     std::vector<uint8_t> bytes_;
-    uint8_t headerClsid_[16] = {};
     uint16_t majorVersion_ = 0;
     uint32_t sectorSize_ = 0;
     size_t sectorCount_ = 0;

@@ -16,9 +16,6 @@
 namespace aafkit::cfb {
 namespace {
 
-// AAF files with 4096-byte sectors carry this file-kind signature.
-constexpr uint8_t kAafSignature4096[16] = {0x01, 0x02, 0x01, 0x0d, 0x00, 0x02, 0x00, 0x00,
-                                           0x06, 0x0e, 0x2b, 0x34, 0x03, 0x02, 0x01, 0x01};
 constexpr uint8_t kNoClsid[16] = {};
 
 Status nameError(const char* what, uint32_t id, const std::string& name) {
@@ -38,14 +35,7 @@ void padTo(ByteWriter& out, size_t unit) { out.zeros((unit - out.size() % unit) 
 
 }  // namespace
 
-CompoundFileWriter::CompoundFileWriter() {
-    nodes_.push_back(Node{"Root Entry", EntryType::Root, {}, {}, {}});
-    std::memcpy(headerClsid_, kAafSignature4096, sizeof headerClsid_);
-}
-
-void CompoundFileWriter::setHeaderClsid(const uint8_t clsid[16]) {
-    std::memcpy(headerClsid_, clsid, sizeof headerClsid_);
-}
+CompoundFileWriter::CompoundFileWriter() { nodes_.push_back(Node{"Root Entry", EntryType::Root, {}, {}, {}}); }
 
 bool CompoundFileWriter::isStorage(uint32_t id) const {
     return id < nodes_.size() && nodes_[id].type != EntryType::Stream;
@@ -123,7 +113,7 @@ Status CompoundFileWriter::linkChildren(const std::vector<std::u16string>& names
 void CompoundFileWriter::writeHeader(const SectorLayout& layout, ByteWriter& out) const {
     FileHeader header;
     std::memcpy(header.signature, kSignature, sizeof kSignature);
-    std::memcpy(header.clsid, headerClsid_, sizeof header.clsid);
+    std::memcpy(header.clsid, kAafSignature4096, sizeof header.clsid);  // new AAF files have 4096-byte sectors
     header.minorVersion = kMinorVersion;
     header.majorVersion = 4;
     header.byteOrder = kByteOrderMark;

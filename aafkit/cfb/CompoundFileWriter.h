@@ -23,7 +23,6 @@ public:
     static constexpr uint32_t kRoot = 0;
 
     CompoundFileWriter();
-    void setHeaderClsid(const uint8_t clsid[16]);
     void setClsid(uint32_t storage, const uint8_t clsid[16]);
     uint32_t addStorage(uint32_t parent, std::string name, const uint8_t clsid[16]);
     void addStream(uint32_t parent, std::string name, std::vector<uint8_t> data);
@@ -49,7 +48,6 @@ private:
     void writeStreamData(bool mini, ByteWriter& out) const;
 
     std::vector<Node> nodes_;
-    uint8_t headerClsid_[16];
     std::string misuse_;  // the first bad call, reported by write()
 };
 
