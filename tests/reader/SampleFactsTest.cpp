@@ -1,6 +1,6 @@
 // Facts read by hand from the object trees of a few samples (aafbridge objects), checked
 // through the exported functions: timecode and markers, transitions and cut points, and
-// the values and key frames of an automated pan.
+// the values and key frames of an automated pan and of Pro Tools volume automation.
 #include "HostView.h"
 #include "support/SampleFiles.h"
 
@@ -71,6 +71,29 @@ TEST(SampleFacts, MediaComposerPanAutomation) {
     EXPECT_EQ(pan["GetEffectKeyFrame"][2], 30);
     EXPECT_EQ(pan["GetEffectKeyFrame"][4], 48);
     EXPECT_EQ(pan["GetEffectElementId"], json({"{0b0005990324a50678bb18c04da9a950}"}));
+}
+
+TEST(SampleFacts, ProToolsVolumeAutomation) {
+    SKIP_WITHOUT_SAMPLES();
+    json file = read("pro-tools/PT_Audio_Levels-noEMCC-noExpTracksAsMultiChannel.aaf");
+    // The composition's first slot: [gain group over a clip, filler] three times, then an
+    // automated gain group (the seventh component) over a 132300-sample clip.
+    const json& events = file["tracks"][0]["events"];
+    ASSERT_GT(events.size(), 10u);
+    EXPECT_EQ(events[8]["IsEventFiller"], 1);
+    EXPECT_EQ(events[8]["GetEventLen"], 1190700);
+    EXPECT_EQ(events[9]["GetEventLen"], 132300);
+    const json& gain = events[10];
+    EXPECT_EQ(gain["GetEffectType"], 0);
+    EXPECT_EQ(gain["GetEventLen"], 132300);
+    // Control point times n/132300 of a 132300-long group land on n; values are n/2^29.
+    EXPECT_EQ(gain["GetEffectKeyFrame"],
+              json({0, 16152, 29912, 44824, 58136, 75544, 91928, 113688, 129816, 132300, 132300}));
+    ASSERT_EQ(gain["GetEffectParam"].size(), 11u);
+    EXPECT_DOUBLE_EQ(gain["GetEffectParam"][0].get<double>(), 2112855879.0 / 536870912.0);
+    EXPECT_DOUBLE_EQ(gain["GetEffectParam"][2].get<double>(), 1.0);
+    EXPECT_DOUBLE_EQ(gain["GetEffectParam"][3].get<double>(), 5493762.0 / 536870912.0);
+    EXPECT_DOUBLE_EQ(gain["GetEffectParam"][10].get<double>(), 1071198298.0 / 536870912.0);
 }
 
 }  // namespace
