@@ -20,6 +20,8 @@ TEST(ObjectsCommand, DecodesOneClipAndIsDeterministic) {
               std::string::npos);
     EXPECT_NE(first.output.find("ByteOrder = 18761"), std::string::npos);  // 'II'
     EXPECT_NE(first.output.find("UsageCode = Usage_TopLevel"), std::string::npos);
+    EXPECT_NE(first.output.find("EditRate = Numerator=24 Denominator=1"), std::string::npos);
+    EXPECT_NE(first.output.find("CreationTime = date={year="), std::string::npos);  // nested records
     EXPECT_EQ(first.output.rfind("Header\n", 0), 0u);
 }
 

@@ -34,19 +34,42 @@ const TypeDef* resolved(const aafkit::File& file, const TypeDef* type) {
 
 std::string auidText(const uint8_t* p) { return "{" + aafkit::auidToText(aafkit::decodeAuid(p)) + "}"; }
 
+// Bytes a value of a fixed-size type takes, or 0 when its size varies.
+size_t fixedSize(const aafkit::File& file, const TypeDef* type) {
+    type = resolved(file, type);
+    if (!type) return 0;
+    if (type->kind == TypeKind::Integer) return type->size;
+    if (type->kind == TypeKind::Enum) return fixedSize(file, file.model().findType(type->element));
+    if (type->kind != TypeKind::Record) return 0;
+    size_t total = 0;
+    for (const auto& member : type->members) {
+        const size_t size = fixedSize(file, file.model().findType(member.type));
+        if (size == 0) return 0;
+        total += size;
+    }
+    return total;
+}
+
+std::string dataText(const aafkit::File& file, const TypeDef* type, const std::vector<uint8_t>& data);
+
+// Members by name, nested records in braces; AUIDs and MobIDs in their usual forms.
 std::string recordText(const aafkit::File& file, const TypeDef& type, const std::vector<uint8_t>& data) {
     if (data.size() == 16 && type.name == "AUID") return auidText(data.data());
     if (data.size() == 32 && type.name == "MobIDType")
         return hexBytes(data.data(), 16) + "-" + aafkit::auidToText(aafkit::decodeAuid(data.data() + 16));
+    if (fixedSize(file, &type) != data.size()) return hexBytes(data.data(), data.size());
     std::string out;
     size_t offset = 0;
     for (const auto& member : type.members) {
-        const TypeDef* t = resolved(file, file.model().findType(member.type));
-        if (!t || t->kind != TypeKind::Integer || offset + t->size > data.size()) return hexBytes(data.data(), data.size());
-        out += (out.empty() ? "" : " ") + member.name + "=" + std::to_string(integerAt(&data[offset], t->size, t->isSigned));
-        offset += t->size;
+        const TypeDef* memberType = file.model().findType(member.type);
+        const size_t size = fixedSize(file, memberType);
+        std::vector<uint8_t> part(data.begin() + long(offset), data.begin() + long(offset + size));
+        const bool nested = resolved(file, memberType)->kind == TypeKind::Record;
+        out += (out.empty() ? "" : " ") + member.name + "=" + (nested ? "{" : "") + dataText(file, memberType, part) +
+               (nested ? "}" : "");
+        offset += size;
     }
-    return offset == data.size() ? out : hexBytes(data.data(), data.size());
+    return out;
 }
 
 std::string dataText(const aafkit::File& file, const TypeDef* type, const std::vector<uint8_t>& data) {
