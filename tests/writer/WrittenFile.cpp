@@ -85,6 +85,18 @@ aafkit::Object& mob(const aafkit::File& file, const aafMobID_t& id) {
     return *found;
 }
 
+aafkit::Object& compositionMob(const aafkit::File& file) {
+    for (aafkit::Object* found : mobsOfKind(file, aafkit::kAAFCompMob)) {
+        aafUID_t usage;
+        if (aafkit::getUsageCode(*found, usage) != 0 || !(usage == kAAFUsage_SubClip)) return *found;
+    }
+    missing("no composition mob");
+}
+
+const std::vector<aafkit::Object*>& trackComponents(const aafkit::File& file, size_t track) {
+    return objects(segment(slot(compositionMob(file), track + 1)), PID_Sequence_Components);
+}
+
 uint16_t u16(const aafkit::Object& o, uint16_t pid) { return read<uint16_t>(o, pid, aafkit::getUInt16); }
 uint32_t u32(const aafkit::Object& o, uint16_t pid) { return read<uint32_t>(o, pid, aafkit::getUInt32); }
 int64_t i64(const aafkit::Object& o, uint16_t pid) { return read<int64_t>(o, pid, aafkit::getInt64); }
@@ -95,17 +107,8 @@ std::vector<uint8_t> bytes(const aafkit::Object& o, uint16_t pid) {
     return read<std::vector<uint8_t>>(o, pid, aafkit::getBytes);
 }
 
-std::pair<int32_t, int32_t> rational(const aafkit::Object& o, uint16_t pid) {
-    aafRational_t r = read<aafRational_t>(o, pid, aafkit::getRational);
-    return {r.numerator, r.denominator};
-}
-
 aafUID_t definitionId(const aafkit::Object& definition) {
     return auid(definition, PID_DefinitionObject_Identification);
-}
-
-aafUID_t dataDefinition(const aafkit::Object& component) {
-    return definitionId(referenced(component, PID_Component_DataDefinition));
 }
 
 std::string className(const aafkit::Object& o) { return o.classDef() ? o.classDef()->name : "unknown class"; }

@@ -33,6 +33,9 @@ aafkit::Object& segment(const aafkit::Object& slot);
 aafkit::Object& component(const aafkit::Object& sequence, size_t index);
 aafkit::Object& referenced(const aafkit::Object& o, uint16_t pid);     // weak reference target
 aafkit::Object& mob(const aafkit::File& file, const aafMobID_t& id);
+aafkit::Object& compositionMob(const aafkit::File& file);  // the one that is not a sub-clip
+// The components of a composition track, numbered as the writer numbers them (from 0).
+const std::vector<aafkit::Object*>& trackComponents(const aafkit::File& file, size_t track);
 
 uint16_t u16(const aafkit::Object& o, uint16_t pid);
 uint32_t u32(const aafkit::Object& o, uint16_t pid);
@@ -40,8 +43,6 @@ int64_t i64(const aafkit::Object& o, uint16_t pid);
 std::wstring text(const aafkit::Object& o, uint16_t pid);
 aafUID_t auid(const aafkit::Object& o, uint16_t pid);
 aafMobID_t mobId(const aafkit::Object& o, uint16_t pid);
-std::pair<int32_t, int32_t> rational(const aafkit::Object& o, uint16_t pid);
 std::vector<uint8_t> bytes(const aafkit::Object& o, uint16_t pid);
 aafUID_t definitionId(const aafkit::Object& definition);
-aafUID_t dataDefinition(const aafkit::Object& component);
 std::string className(const aafkit::Object& o);
