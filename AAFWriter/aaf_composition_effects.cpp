@@ -8,6 +8,7 @@
 #include "aafkit/Dictionary.h"
 #include "aafkit/ResultCodes.h"
 #include "aafkit/Values.h"
+#include "aafkit/meta/EditorIds.h"
 #include "aafkit/meta/Ids.h"
 #include "context.h"
 #include "model/Effect.h"
@@ -23,14 +24,8 @@ namespace {
 
 const aafUID_t kAAFParameterDefAmplitude = kAAFParameterDef_Amplitude;
 const aafUID_t LinearInterpolator = kAAFInterpolationDef_Linear;
-const aafUID_t kAAFOperationDef_Superimpose = {0xf9ff09d2, 0xcc85, 0x3d29,
-                                               {0xa9, 0x82, 0xa8, 0x77, 0x68, 0x42, 0xda, 0xc0}};
 const aafUID_t kAAFOperationDef_SpeedAlternate = {0xf1db0f27, 0x8d64, 0x11d3,
                                                   {0x80, 0xdf, 0x00, 0x60, 0x08, 0x14, 0x3e, 0x6f}};
-const aafUID_t kAAFParameterDef_Opacity = {0x8d56813d, 0x847e, 0x11d5,
-                                           {0x93, 0x5a, 0x50, 0xf8, 0x57, 0xc1, 0x00, 0x00}};
-const aafUID_t kAAFParameterDef_AvidPhase = {0x5b22ff71, 0xc51b, 0x11d3,
-                                             {0xa0, 0x69, 0x00, 0x60, 0x94, 0xeb, 0x75, 0xcb}};
 
 // Private properties of opacity curves.
 const aafUID_t kVValExtrapolationPropertyID = {0x8f2b8bae, 0xb685, 0x4939,

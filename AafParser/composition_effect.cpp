@@ -2,10 +2,10 @@
 
 #include "aafkit/ResultCodes.h"
 #include "aafkit/Values.h"
+#include "aafkit/meta/EditorIds.h"
 #include "aafkit/meta/Ids.h"
 #include "composition.h"
 #include "model/TrackClip.h"
-#include "reader_ids.h"
 
 namespace {
 constexpr char kErrorSource[] = "AafParser/composition";

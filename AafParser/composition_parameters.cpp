@@ -5,9 +5,9 @@
 #include "aafkit/Dictionary.h"
 #include "aafkit/ResultCodes.h"
 #include "aafkit/Values.h"
+#include "aafkit/meta/EditorIds.h"
 #include "aafkit/meta/Ids.h"
 #include "composition.h"
-#include "reader_ids.h"
 
 namespace {
 constexpr char kErrorSource[] = "AafParser/composition";

@@ -1,6 +1,6 @@
 // Operation groups: effect kinds and inputs, parameter values by byte size, the order of
 // key-frame times and values, and the speed change's in-point fix-up.
-#include "AafParser/reader_ids.h"
+#include "aafkit/meta/EditorIds.h"
 #include "InMemoryFile.h"
 #include "aafbridge/aaf_writer.h"  // the pan parameter id
 

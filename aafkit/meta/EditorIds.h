@@ -1,6 +1,6 @@
 #pragma once
-// Identifiers the reader compares with that the baseline tables do not carry.
-#include "aafbridge/aaf_types.h"
+// Effect and parameter identifiers that editors write and the baseline tables do not carry.
+#include "../AafTypes.h"
 
 constexpr aafUID_t kAAFOperationDef_Superimpose = {
     0xf9ff09d2, 0xcc85, 0x3d29, {0xa9, 0x82, 0xa8, 0x77, 0x68, 0x42, 0xda, 0xc0}};
