@@ -3,7 +3,7 @@
 
 #include <cstdio>
 #include <fstream>
-#include <regex>
+#include <cctype>
 #include <set>
 #include <string>
 
@@ -24,15 +24,21 @@ std::set<std::string> exportedSymbols() {
     return names;
 }
 
-// The names the headers mark for export: functions and the two identifiers.
+// The names the headers mark for export: functions and the two identifiers, each the
+// word just before the first '(' or ';' after the export mark.
 std::set<std::string> declaredNames() {
     std::set<std::string> names;
-    const std::regex declaration(R"(AAFBRIDGE_API\s+[^;(]*?\b(\w+)\s*(\(|;|\[))");
     for (const char* header : {"/aaf_reader.h", "/aaf_writer.h"}) {
         std::ifstream in(std::string(AAFBRIDGE_HEADERS) + header);
         const std::string text((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
-        for (std::sregex_iterator it(text.begin(), text.end(), declaration), end; it != end; ++it)
-            names.insert((*it)[1]);
+        for (size_t at = text.find("AAFBRIDGE_API "); at != std::string::npos; at = text.find("AAFBRIDGE_API ", at + 1)) {
+            size_t end = text.find_first_of("(;", at);
+            while (end > at && text[end - 1] == ' ') --end;
+            size_t begin = end;
+            while (begin > at && (std::isalnum(static_cast<unsigned char>(text[begin - 1])) || text[begin - 1] == '_'))
+                --begin;
+            names.insert(text.substr(begin, end - begin));
+        }
     }
     return names;
 }

@@ -30,6 +30,14 @@ inline std::string temporaryPath(const std::string& name) {
 
 }  // namespace testsupport
 
+// Skips the test when ../shared lacks `folder` (e.g. "writer-reference").
+#define SKIP_WITHOUT_SHARED(folder)                                                                 \
+    do {                                                                                            \
+        std::error_code absent;                                                                     \
+        if (!std::filesystem::is_directory(std::string(AAFBRIDGE_SHARED_DIR) + "/" + folder, absent)) \
+            GTEST_SKIP() << "no " << folder << " in " << AAFBRIDGE_SHARED_DIR << " (../shared absent)"; \
+    } while (0)
+
 #define SKIP_WITHOUT_SAMPLES()                                                                      \
     do {                                                                                            \
         if (testsupport::sampleFiles().empty())                                                     \

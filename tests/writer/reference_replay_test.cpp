@@ -7,12 +7,14 @@
 #include "ReferenceScript.h"
 #include "WrittenFile.h"
 #include "aafkit/File.h"
+#include "support/SampleFiles.h"
 
 namespace {
 
 class ReferenceReplay : public ::testing::TestWithParam<const char*> {};
 
 TEST_P(ReferenceReplay, AnswersAsTheReferenceBuild) {
+    SKIP_WITHOUT_SHARED("writer-reference");
     const std::string name = GetParam();
     const std::string output = ::testing::TempDir() + "replay_" + name + ".aaf";
     std::remove(output.c_str());
