@@ -1,13 +1,13 @@
 #!/usr/bin/env python3
-"""Generate aafkit's baseline model tables and result codes from the AAF model tables.
+"""Generate aafkit's baseline model tables, named ids and result codes from the AAF model tables.
 
 Re-run it whenever the model tables change (a class, property, type, definition or result
 code added or corrected), from the project root:
 
     python3 scripts/gen_model.py ../shared/aaf-model aafkit
 
-then rebuild, run test_model and commit the regenerated aafkit/meta/BaselineModel.cpp and
-aafkit/ResultCodes.h together with any change to this script. The build never runs it: the
+then rebuild, run test_model and commit the regenerated aafkit/meta/BaselineModel.cpp,
+aafkit/meta/Ids.h and aafkit/ResultCodes.h together with any change to this script. The build never runs it: the
 project must build without the model tables.
 
 Standard library only. Any row that does not make sense stops the run with file:line and the
@@ -392,6 +392,40 @@ def result_codes_h(model):
     return f"{GENERATED_NOTE}\n#pragma once\n#include \"AafTypes.h\"\n\n" + "".join(lines)
 
 
+def type_constant(name):
+    for prefix in ("kAAFTypeID_", "aaf"):
+        if name.startswith(prefix):
+            name = name[len(prefix):]
+    return "kAAFTypeID_" + cpp_identifier(name)
+
+
+def ids_h(model):
+    """Named constants for the code: class and property AUIDs, pids, types, definitions."""
+    sections = [
+        ("Classes", [("AUID_AAF" + cpp_identifier(r["class"]), "aafUID_t", r["auid"], r) for r in model.classes]),
+        ("Local property ids of the built-in properties",
+         [(f"PID_{cpp_identifier(r['class'])}_{cpp_identifier(r['property'])}", "uint16_t", None, r)
+          for r in model.properties if r["pid"]]),
+        ("Property AUIDs", [(f"kAAFPropID_{cpp_identifier(r['class'])}_{cpp_identifier(r['property'])}",
+                             "aafUID_t", r["auid"], r) for r in model.properties]),
+        ("Types", [(type_constant(r["type"]), "aafUID_t", r["auid"], r) for r in model.types]),
+        ("Definitions", [("kAAF" + cpp_identifier(r["name"]), "aafUID_t", r["auid"], r) for r in model.definitions]),
+        ("Extendible enumeration values", [("kAAF" + cpp_identifier(r["member_or_name"]), "aafUID_t",
+                                            r["type_or_value"], r) for r in model.members if r["kind"] == "extenum"]),
+    ]
+    seen = set()
+    out = [GENERATED_NOTE, "#pragma once", "#include <cstdint>", "", '#include "../AafTypes.h"']
+    for title, constants in sections:
+        out += ["", f"// {title}"]
+        for name, kind, auid, row in constants:
+            if name in seen:
+                continue
+            seen.add(name)
+            value = cpp_auid(parse_auid(auid, row)) if auid else f"0x{property_pid(row):04x}"
+            out.append(f"constexpr {kind} {name} = {value};")
+    return "\n".join(out) + "\n"
+
+
 def write(path, text):
     with open(path, "w", encoding="utf-8", newline="\n") as handle:
         handle.write(text)
@@ -406,11 +440,13 @@ def main(argv):
         model = Model(model_dir)
         results = result_codes_h(model)
         cpp = baseline_model_cpp(model)
+        ids = ids_h(model)
     except (ModelError, OSError) as error:
         sys.stderr.write(f"gen_model: {error}\n")
         return 1
     write(os.path.join(output_dir, "ResultCodes.h"), results)
     write(os.path.join(output_dir, "meta", "BaselineModel.cpp"), cpp)
+    write(os.path.join(output_dir, "meta", "Ids.h"), ids)
     for note in model.unknown_auids:
         sys.stderr.write(f"gen_model: note: {note}\n")
     return 0
