@@ -90,7 +90,7 @@ Status CompoundFileWriter::makeRecords(std::vector<EntryRecord>& records) const 
 
 Status CompoundFileWriter::linkChildren(const std::vector<std::u16string>& names,
                                         std::vector<EntryRecord>& records) const {
-    std::vector<std::u16string> keys(names.size());
+    std::vector<std::string> keys(names.size());
     std::transform(names.begin(), names.end(), keys.begin(), siblingKey);
     std::vector<SiblingLinks> links(nodes_.size());
     std::vector<uint32_t> sorted;

@@ -1,5 +1,7 @@
 #include "aafkit/cfb/EntryName.h"
 
+#include <algorithm>
+
 namespace aafkit::cfb {
 namespace {
 
@@ -56,6 +58,10 @@ char16_t upperCase(char16_t c) {
 }  // namespace
 
 bool utf8ToUtf16(const std::string& in, std::u16string& out) {
+    if (std::all_of(in.begin(), in.end(), [](char c) { return static_cast<unsigned char>(c) < 0x80; })) {
+        out.assign(in.begin(), in.end());  // ASCII, the usual case
+        return true;
+    }
     out.clear();
     for (size_t pos = 0; pos < in.size();) {
         char32_t cp = 0;
@@ -84,9 +90,16 @@ std::string utf16ToUtf8(const std::u16string& in) {
     return out;
 }
 
-std::u16string siblingKey(const std::u16string& name) {
-    std::u16string key(1, char16_t(name.size()));
-    for (char16_t unit : name) key += upperCase(unit);
+std::string siblingKey(const std::u16string& name) {
+    // Big-endian units after a big-endian length: byte order is sibling order, so keys
+    // compare with memcmp.
+    std::string key(2 * name.size() + 2, '\0');
+    const auto put = [&key](size_t at, char16_t u) {
+        key[at] = char(u >> 8);
+        key[at + 1] = char(u & 0xff);
+    };
+    put(0, char16_t(name.size()));
+    for (size_t i = 0; i < name.size(); ++i) put(2 * i + 2, upperCase(name[i]));
     return key;
 }
 

@@ -12,6 +12,6 @@ std::string utf16ToUtf8(const std::u16string& in);
 // Siblings in a storage are ordered by name length, then by upper-cased code
 // units. The key is the length followed by the upper-cased name, so keys
 // compare with operator< in that order and are equal for names that clash.
-std::u16string siblingKey(const std::u16string& name);
+std::string siblingKey(const std::u16string& name);
 
 }  // namespace aafkit::cfb

@@ -1,5 +1,7 @@
 #include "aafkit/cfb/EntryRecord.h"
 
+#include <cstring>
+
 namespace aafkit::cfb {
 
 bool EntryRecord::read(ByteReader& in) {
@@ -12,19 +14,27 @@ bool EntryRecord::read(ByteReader& in) {
 }
 
 void EntryRecord::write(ByteWriter& out) const {
-    for (char16_t unit : name) out.u16(unit);
-    out.u16(nameLength);
-    out.u8(type);
-    out.u8(color);
-    out.u32(left);
-    out.u32(right);
-    out.u32(child);
-    out.bytes(clsid, sizeof clsid);
-    out.u32(stateBits);
-    out.u64(created);
-    out.u64(modified);
-    out.u32(startSector);
-    out.u64(size);
+    // Assembled in place and appended at once: directories hold hundreds of thousands of entries.
+    uint8_t bytes[kEntrySize];
+    size_t at = 0;
+    const auto put = [&bytes, &at](uint64_t value, size_t size) {
+        for (size_t i = 0; i < size; ++i) bytes[at++] = uint8_t(value >> (8 * i));
+    };
+    for (char16_t unit : name) put(unit, 2);
+    put(nameLength, 2);
+    put(type, 1);
+    put(color, 1);
+    put(left, 4);
+    put(right, 4);
+    put(child, 4);
+    std::memcpy(bytes + at, clsid, sizeof clsid);
+    at += sizeof clsid;
+    put(stateBits, 4);
+    put(created, 8);
+    put(modified, 8);
+    put(startSector, 4);
+    put(size, 8);
+    out.bytes(bytes, sizeof bytes);
 }
 
 }  // namespace aafkit::cfb

@@ -1,5 +1,7 @@
 #include "Saver.h"
 
+#include <unordered_map>
+
 
 #include "../ByteWriter.h"
 #include "../File.h"
@@ -38,12 +40,18 @@ private:
     void saveVector(const Property& p, uint32_t storage, const std::string& base);
     Status saveSet(const Property& p, uint32_t storage, const std::string& base);
     void saveWeakIndex(const Property& p, uint32_t storage, const std::string& base);
-    std::string baseName(const Property& p, size_t maxLength) const;
+    std::string baseName(const Property& p, size_t maxLength);
 
     const File& file_;
     cfb::CompoundFileWriter& out_;
     std::vector<Pending> pending_;
+    std::unordered_map<uint32_t, std::string> names_;  // mangled names by pid and length
 };
+
+void putU16(std::vector<uint8_t>& bytes, size_t at, uint16_t v) {
+    bytes[at] = uint8_t(v);
+    bytes[at + 1] = uint8_t(v >> 8);
+}
 
 Status ObjectSaver::saveTree(const Object& root, uint32_t storage) {
     pending_.push_back({&root, storage});
@@ -55,10 +63,14 @@ Status ObjectSaver::saveTree(const Object& root, uint32_t storage) {
     return Status();
 }
 
-std::string ObjectSaver::baseName(const Property& p, size_t maxLength) const {
+std::string ObjectSaver::baseName(const Property& p, size_t maxLength) {
     if (!p.data.empty()) return wideToUtf8(utf16ToWide(p.data.data(), p.data.size()));  // as the file had it
-    const meta::PropertyDef* def = file_.model().findProperty(p.pid);
-    return mangledName(def ? def->name : "Property", p.pid, maxLength);
+    std::string& name = names_[uint32_t(p.pid) << 8 | uint32_t(maxLength)];
+    if (name.empty()) {
+        const meta::PropertyDef* def = file_.model().findProperty(p.pid);
+        name = mangledName(def ? def->name : "Property", p.pid, maxLength);
+    }
+    return name;
 }
 
 // Makes the child's storage now; its properties are written when the work list reaches it.
@@ -114,24 +126,11 @@ void ObjectSaver::saveWeakIndex(const Property& p, uint32_t storage, const std::
     out_.addStream(storage, base + " index", std::move(index));
 }
 
-Status ObjectSaver::encode(const Property& p, uint32_t storage, std::vector<uint8_t>& value) {
-    ByteWriter w(value);
-    std::string name;
-    switch (p.storedForm()) {
-    case StoredForm::StrongRef:
-        name = baseName(p, kStrongRefNameLength);
-        if (p.objects.size() != 1) return Status::error("strong reference 0x" + hexText(p.pid) + " without object");
-        saveChild(*p.objects[0], storage, name);
-        break;
-    case StoredForm::StrongRefVector:
-        name = baseName(p, kCollectionNameLength);
-        saveVector(p, storage, name);
-        break;
-    case StoredForm::StrongRefSet:
-        name = baseName(p, kCollectionNameLength);
-        if (Status s = saveSet(p, storage, name); !s) return s;
-        break;
-    case StoredForm::WeakRef: {
+// Appends the property's stored value to `out`, and writes what it refers to.
+Status ObjectSaver::encode(const Property& p, uint32_t storage, std::vector<uint8_t>& out) {
+    ByteWriter w(out);
+    const StoredForm form = p.storedForm();
+    if (form == StoredForm::WeakRef) {
         if (p.weak.size() != 1) return Status::error("weak reference 0x" + hexText(p.pid) + " without target");
         const WeakReference& r = p.weak[0];
         w.u16(uint16_t(r.pathId));
@@ -140,40 +139,52 @@ Status ObjectSaver::encode(const Property& p, uint32_t storage, std::vector<uint
         w.bytes(r.key.data(), r.key.size());
         return Status();
     }
-    case StoredForm::WeakRefVector:
-    case StoredForm::WeakRefSet:
-        name = baseName(p, kCollectionNameLength);
-        saveWeakIndex(p, storage, name);
-        break;
-    case StoredForm::DataStream:
-        value = p.data;
+    if (form == StoredForm::DataStream)
         out_.addStream(storage, wideToUtf8(utf16ToWide(p.data.data() + 1, p.data.size() - 1)), p.stream);
-        return Status();
-    default:
-        value = p.data;
+    if (!p.isStrong() && !p.isWeak()) {
+        w.bytes(p.data.data(), p.data.size());
         return Status();
     }
-    value = wideToUtf16(std::wstring(name.begin(), name.end()));
-    return Status();
+    const std::string& name = baseName(p, form == StoredForm::StrongRef ? kStrongRefNameLength : kCollectionNameLength);
+    if (p.data.empty()) {
+        const std::vector<uint8_t> stored = wideToUtf16(std::wstring(name.begin(), name.end()));
+        w.bytes(stored.data(), stored.size());
+    } else {
+        w.bytes(p.data.data(), p.data.size());  // the name as the file had it
+    }
+    switch (form) {
+    case StoredForm::StrongRef:
+        if (p.objects.size() != 1) return Status::error("strong reference 0x" + hexText(p.pid) + " without object");
+        saveChild(*p.objects[0], storage, name);
+        return Status();
+    case StoredForm::StrongRefVector:
+        saveVector(p, storage, name);
+        return Status();
+    case StoredForm::StrongRefSet:
+        return saveSet(p, storage, name);
+    default:
+        saveWeakIndex(p, storage, name);
+        return Status();
+    }
 }
 
 Status ObjectSaver::saveProperties(const Object& object, uint32_t storage) {
-    std::vector<uint8_t> header, values;
-    ByteWriter h(header);
-    h.u8(kLittleEndian);
-    h.u8(kFormatVersion);
-    h.u16(uint16_t(object.properties().size()));
-    for (const Property& p : object.properties()) {
-        std::vector<uint8_t> value;
-        if (Status s = encode(p, storage, value); !s) return s;
-        if (value.size() > 0xffff) return Status::error("property 0x" + hexText(p.pid) + " is too large to store");
-        h.u16(p.pid);
-        h.u16(p.form);
-        h.u16(uint16_t(value.size()));
-        values.insert(values.end(), value.begin(), value.end());
+    const size_t count = object.properties().size();
+    std::vector<uint8_t> stream(4 + 6 * count);
+    stream[0] = kLittleEndian;
+    stream[1] = kFormatVersion;
+    putU16(stream, 2, uint16_t(count));
+    for (size_t i = 0; i < count; ++i) {
+        const Property& p = object.properties()[i];
+        const size_t start = stream.size();
+        if (Status s = encode(p, storage, stream); !s) return s;
+        const size_t length = stream.size() - start;
+        if (length > 0xffff) return Status::error("property 0x" + hexText(p.pid) + " is too large to store");
+        putU16(stream, 4 + 6 * i, p.pid);
+        putU16(stream, 6 + 6 * i, p.form);
+        putU16(stream, 8 + 6 * i, uint16_t(length));
     }
-    header.insert(header.end(), values.begin(), values.end());
-    out_.addStream(storage, "properties", std::move(header));
+    out_.addStream(storage, "properties", std::move(stream));
     return Status();
 }
 
