@@ -38,7 +38,7 @@ bool readWholeFile(const std::string& path, std::vector<uint8_t>& out) {
     return ok;
 }
 
-std::string resolveCacheKey(uint32_t pathId, const std::vector<uint8_t>& key) {
+std::string resolveCacheKey(uint32_t pathId, const Bytes& key) {
     std::string k(reinterpret_cast<const char*>(&pathId), sizeof pathId);
     k.append(key.begin(), key.end());
     return k;
@@ -170,7 +170,8 @@ bool File::referenceTo(const Object& target, WeakReference& out) {
 
 WeakReference File::metaReference(uint16_t metaSetPid, const aafUID_t& id) {
     WeakReference reference{internPath({meta::kRootMetaDictionaryPid, metaSetPid}), PID_MetaDefinition_Identification,
-                            std::vector<uint8_t>(16)};
+                            Bytes()};
+    reference.key.resize(16);
     encodeAuid(id, reference.key.data());
     return reference;
 }

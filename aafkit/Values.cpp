@@ -12,7 +12,7 @@ namespace {
 
 constexpr size_t kIndirectHeader = 17;  // byte order, then the value's type AUID
 
-AAFRESULT dataOf(const Object& o, uint16_t pid, const std::vector<uint8_t>*& out) {
+AAFRESULT dataOf(const Object& o, uint16_t pid, const Bytes*& out) {
     const Property* p = o.find(pid);
     if (!p) return AAFRESULT_PROP_NOT_PRESENT;
     if (p->storedForm() != StoredForm::Data) return AAFRESULT_BAD_PROP;
@@ -22,7 +22,7 @@ AAFRESULT dataOf(const Object& o, uint16_t pid, const std::vector<uint8_t>*& out
 
 template <typename T>
 AAFRESULT getInteger(const Object& o, uint16_t pid, T& out) {
-    const std::vector<uint8_t>* data = nullptr;
+    const Bytes* data = nullptr;
     if (AAFRESULT r = dataOf(o, pid, data)) return r;
     if (data->size() != sizeof(T)) return AAFRESULT_BAD_SIZE;
     uint64_t v = 0;
@@ -39,7 +39,7 @@ void setInteger(Object& o, uint16_t pid, T v) {
 }
 
 AAFRESULT fixedBytes(const Object& o, uint16_t pid, size_t size, const uint8_t*& out) {
-    const std::vector<uint8_t>* data = nullptr;
+    const Bytes* data = nullptr;
     if (AAFRESULT r = dataOf(o, pid, data)) return r;
     if (data->size() != size) return AAFRESULT_BAD_SIZE;
     out = data->data();
@@ -85,14 +85,14 @@ AAFRESULT getRational(const Object& o, uint16_t pid, aafRational_t& out) {
 }
 
 AAFRESULT getString(const Object& o, uint16_t pid, std::wstring& out) {
-    const std::vector<uint8_t>* data = nullptr;
+    const Bytes* data = nullptr;
     if (AAFRESULT r = dataOf(o, pid, data)) return r;
     out = utf16ToWide(data->data(), data->size());
     return AAFRESULT_SUCCESS;
 }
 
 AAFRESULT getBytes(const Object& o, uint16_t pid, std::vector<uint8_t>& out) {
-    const std::vector<uint8_t>* data = nullptr;
+    const Bytes* data = nullptr;
     if (AAFRESULT r = dataOf(o, pid, data)) return r;
     out = *data;
     return AAFRESULT_SUCCESS;
@@ -126,7 +126,7 @@ AAFRESULT getReferenced(const Object& o, uint16_t pid, Object*& out) {
 }
 
 AAFRESULT getIndirectType(const Object& o, uint16_t pid, aafUID_t& type) {
-    const std::vector<uint8_t>* data = nullptr;
+    const Bytes* data = nullptr;
     if (AAFRESULT r = dataOf(o, pid, data)) return r;
     if (data->size() < kIndirectHeader) return AAFRESULT_BAD_SIZE;
     const uint8_t order = (*data)[0];
@@ -145,7 +145,7 @@ AAFRESULT getIndirectType(const Object& o, uint16_t pid, aafUID_t& type) {
 AAFRESULT getIndirectValue(const Object& o, uint16_t pid, std::vector<uint8_t>& value) {
     aafUID_t type;
     if (AAFRESULT r = getIndirectType(o, pid, type)) return r;
-    const std::vector<uint8_t>& data = o.find(pid)->data;
+    const Bytes& data = o.find(pid)->data;
     value.assign(data.begin() + kIndirectHeader, data.end());
     return AAFRESULT_SUCCESS;
 }
@@ -221,7 +221,7 @@ AAFRESULT addToSet(Object& o, uint16_t pid, Object& child) {
     if (!setKeyOf(child, key)) return AAFRESULT_INVALID_PARAM;
     Property& p = o.ensure(pid, StoredForm::StrongRefSet);
     auto position = std::lower_bound(p.objects.begin(), p.objects.end(), key.bytes,
-                                     [](const Object* element, const std::vector<uint8_t>& k) {
+                                     [](const Object* element, const Bytes& k) {
                                          SetKey ek;
                                          setKeyOf(*element, ek);
                                          return ek.bytes < k;

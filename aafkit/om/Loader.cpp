@@ -191,7 +191,7 @@ Status ObjectLoader::loadSet(const Pending& item, Property& p) {
     if (!in.u32(count) || !in.u32(nextFree) || !in.u32(lastFree) || !in.u16(p.keyPid) || !in.u8(p.keySize) ||
         count > in.remaining() / (8 + size_t(p.keySize)))
         return Status::error("malformed index \"" + base + " index\" in \"" + item.storage->name + "\"");
-    std::vector<std::pair<std::vector<uint8_t>, Object*>> elements;
+    std::vector<std::pair<Bytes, Object*>> elements;
     elements.reserve(count);
     for (uint32_t i = 0; i < count; ++i) {
         uint32_t localKey = 0, references = 0;
@@ -201,7 +201,7 @@ Status ObjectLoader::loadSet(const Pending& item, Property& p) {
         in.bytes(p.keySize, key);
         Object* child = nullptr;
         if (Status s = addChild(item, base + "{" + hexText(localKey) + "}", p, child); !s) return s;
-        elements.emplace_back(std::vector<uint8_t>(key, key + p.keySize), child);
+        elements.emplace_back(Bytes(key, p.keySize), child);
     }
     // Sets enumerate in key order, whatever order the file stored them in.
     std::stable_sort(elements.begin(), elements.end(),
@@ -225,7 +225,7 @@ Status ObjectLoader::loadWeakCollection(const cfb::DirectoryEntry& storage, Prop
     for (uint32_t i = 0; i < count; ++i) {
         const uint8_t* key = nullptr;
         if (!in.bytes(keySize, key)) return Status::error("truncated weak index " + where);
-        p.weak.push_back({tag, keyPid, std::vector<uint8_t>(key, key + keySize)});
+        p.weak.push_back({tag, keyPid, Bytes(key, keySize)});
     }
     return Status();
 }

@@ -3,6 +3,8 @@
 #include <cstdint>
 #include <vector>
 
+#include "Bytes.h"
+
 namespace aafkit {
 
 class Object;
@@ -23,7 +25,7 @@ enum class StoredForm : uint16_t {
 struct WeakReference {
     uint32_t pathId = 0;
     uint16_t keyPid = 0;
-    std::vector<uint8_t> key;
+    Bytes key;
 };
 
 struct Property {
@@ -31,7 +33,7 @@ struct Property {
     uint16_t form = 0;  // a StoredForm, or an unknown form kept as raw bytes
     // Data: the encoded value. Strong and weak collections: the stored base name
     // (UTF-16LE) as read, empty for new properties. Other forms: the raw value.
-    std::vector<uint8_t> data;
+    Bytes data;
     // StrongRef: one object; vectors in order; sets in key order.
     std::vector<Object*> objects;
     // WeakRef: one; weak vectors and sets: the elements in stored order.

@@ -5,13 +5,14 @@
 #include <cstdint>
 #include <vector>
 
+#include "Bytes.h"
 #include "Object.h"
 
 namespace aafkit {
 
 struct SetKey {
     uint16_t keyPid = 0;                 // the pid the index names
-    std::vector<uint8_t> bytes;          // the key as stored
+    Bytes bytes;                         // the key as stored
 };
 
 // False when the element has no key property or its value is missing.

@@ -75,7 +75,7 @@ public:
 private:
     static std::vector<uint8_t> mobIdBytes(const Object& mob) {
         const Property* id = mob.find(PID_Mob_MobID);
-        return id ? id->data : std::vector<uint8_t>();
+        return id ? std::vector<uint8_t>(id->data) : std::vector<uint8_t>();
     }
 
     // What a reference to a generated mob is compared by: the mob's kind, name and media.
