@@ -51,19 +51,5 @@ std::string auidToText(const aafUID_t& id) {
     return text;
 }
 
-bool parseAuid(const std::string& text, aafUID_t& out) {
-    unsigned d1, d2, d3, b[8];
-    int used = 0;
-    if (text.size() != 36 ||
-        std::sscanf(text.c_str(), "%8x-%4x-%4x-%2x%2x-%2x%2x%2x%2x%2x%2x%n", &d1, &d2, &d3, &b[0],
-                    &b[1], &b[2], &b[3], &b[4], &b[5], &b[6], &b[7], &used) != 11 ||
-        used != 36)
-        return false;
-    out.Data1 = d1;
-    out.Data2 = uint16_t(d2);
-    out.Data3 = uint16_t(d3);
-    for (int i = 0; i < 8; ++i) out.Data4[i] = uint8_t(b[i]);
-    return true;
-}
 
 }  // namespace aafkit

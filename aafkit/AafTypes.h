@@ -53,9 +53,8 @@ aafUID_t decodeAuid(const uint8_t in[16]);
 void encodeMobId(const aafMobID_t& id, uint8_t out[32]);
 aafMobID_t decodeMobId(const uint8_t in[32]);
 
-// "0d010101-0101-0100-060e-2b3402060101"; parse answers false on malformed text.
+// "0d010101-0101-0100-060e-2b3402060101"
 std::string auidToText(const aafUID_t& id);
-bool parseAuid(const std::string& text, aafUID_t& out);
 constexpr aafUID_t kNullAuid = {0, 0, 0, {0, 0, 0, 0, 0, 0, 0, 0}};
 
 }  // namespace aafkit

@@ -58,7 +58,6 @@ int32_t int32At(const uint8_t* p) {
 AAFRESULT getUInt8(const Object& o, uint16_t pid, uint8_t& out) { return getInteger(o, pid, out); }
 AAFRESULT getUInt16(const Object& o, uint16_t pid, uint16_t& out) { return getInteger(o, pid, out); }
 AAFRESULT getUInt32(const Object& o, uint16_t pid, uint32_t& out) { return getInteger(o, pid, out); }
-AAFRESULT getInt16(const Object& o, uint16_t pid, int16_t& out) { return getInteger(o, pid, out); }
 AAFRESULT getInt32(const Object& o, uint16_t pid, int32_t& out) { return getInteger(o, pid, out); }
 AAFRESULT getInt64(const Object& o, uint16_t pid, int64_t& out) { return getInteger(o, pid, out); }
 

@@ -15,7 +15,6 @@ namespace aafkit {
 AAFRESULT getUInt8(const Object& o, uint16_t pid, uint8_t& out);
 AAFRESULT getUInt16(const Object& o, uint16_t pid, uint16_t& out);
 AAFRESULT getUInt32(const Object& o, uint16_t pid, uint32_t& out);
-AAFRESULT getInt16(const Object& o, uint16_t pid, int16_t& out);
 AAFRESULT getInt32(const Object& o, uint16_t pid, int32_t& out);
 AAFRESULT getInt64(const Object& o, uint16_t pid, int64_t& out);
 AAFRESULT getAuid(const Object& o, uint16_t pid, aafUID_t& out);

@@ -129,11 +129,6 @@ bool ClassDef::isA(const ClassDef* base) const {
     return false;
 }
 
-const ClassDef* ClassDef::nearestBuiltin() const {
-    const ClassDef* c = this;
-    while (c && !c->builtin) c = c->parent;
-    return c;
-}
 
 const PropertyDef* ClassDef::uniqueIdProperty() const {
     for (const ClassDef* c = this; c; c = c->parent)

@@ -58,7 +58,6 @@ struct ClassDef {
     std::vector<const PropertyDef*> properties;  // own properties, not inherited ones
 
     bool isA(const ClassDef* base) const;
-    const ClassDef* nearestBuiltin() const;
     const PropertyDef* uniqueIdProperty() const;  // own or inherited
 };
 
