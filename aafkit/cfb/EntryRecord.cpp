@@ -1,16 +1,37 @@
 #include "aafkit/cfb/EntryRecord.h"
 
+#include <algorithm>
 #include <cstring>
 
 namespace aafkit::cfb {
 
 bool EntryRecord::read(ByteReader& in) {
-    const uint8_t* units = nullptr;
-    if (!in.bytes(sizeof name, units)) return false;
-    for (size_t i = 0; i < kMaxNameUnits + 1; ++i) name[i] = char16_t(units[2 * i] | units[2 * i + 1] << 8);
-    return in.u16(nameLength) && in.u8(type) && in.u8(color) && in.u32(left) &&
-           in.u32(right) && in.u32(child) && in.copy(clsid, sizeof clsid) && in.u32(stateBits) &&
-           in.u64(created) && in.u64(modified) && in.u32(startSector) && in.u64(size);
+    // One bounds check for the whole entry, then fixed offsets: directories hold
+    // hundreds of thousands of entries.
+    const uint8_t* p = nullptr;
+    if (!in.bytes(kEntrySize, p)) return false;
+    const auto field = [p](size_t at, size_t size) {
+        uint64_t value = 0;
+        for (size_t i = 0; i < size; ++i) value |= uint64_t(p[at + i]) << (8 * i);
+        return value;
+    };
+    nameLength = uint16_t(field(64, 2));
+    // Only the units the length covers carry the name; the rest are zero in valid files.
+    const size_t units = std::min<size_t>(nameLength / 2, kMaxNameUnits + 1);
+    for (size_t i = 0; i < units; ++i) name[i] = char16_t(field(2 * i, 2));
+    std::fill(name + units, name + kMaxNameUnits + 1, u'\0');
+    type = p[66];
+    color = p[67];
+    left = uint32_t(field(68, 4));
+    right = uint32_t(field(72, 4));
+    child = uint32_t(field(76, 4));
+    std::memcpy(clsid, p + 80, sizeof clsid);
+    stateBits = uint32_t(field(96, 4));
+    created = field(100, 8);
+    modified = field(108, 8);
+    startSector = uint32_t(field(116, 4));
+    size = field(120, 8);
+    return true;
 }
 
 void EntryRecord::write(ByteWriter& out) const {
