@@ -21,9 +21,15 @@ const char* const kCut = R"({
   "markers": [{"position": 12, "text": "here"}]
 })";
 
+// ctest runs the tests in parallel: each test has its own files.
+std::string testFile(const std::string& suffix) {
+    return testsupport::temporaryPath(std::string(testing::UnitTest::GetInstance()->current_test_info()->name()) +
+                                      suffix);
+}
+
 struct WriteCommand : testing::Test {
-    std::string input = testsupport::temporaryPath("write-input.json");
-    std::string output = testsupport::temporaryPath("write-output.aaf");
+    std::string input = testFile("-input.json");
+    std::string output = testFile("-output.aaf");
     void SetUp() override { std::filesystem::remove(output); }
     void TearDown() override {
         std::filesystem::remove(input);
