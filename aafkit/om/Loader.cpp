@@ -18,8 +18,6 @@ namespace {
 constexpr int kMaxDepth = 1000;
 
 
-std::string storedName(const Property& p) { return wideToUtf8(utf16ToWide(p.data.data(), p.data.size())); }
-
 // Objects are loaded from an explicit work list, not by recursion, so that no
 // nesting in a file can exhaust the stack: making an object queues its storage.
 class ObjectLoader {
@@ -131,8 +129,7 @@ Status ObjectLoader::loadValue(const Pending& item, Property& p, const uint8_t* 
         return loadWeakCollection(*item.storage, p);
     case StoredForm::DataStream: {
         if (p.data.size() < 3 || p.data[0] != 0x55) return Status::error("malformed stream reference in " + where());
-        std::wstring name = utf16ToWide(p.data.data() + 1, p.data.size() - 1);
-        return readNamedStream(*item.storage, wideToUtf8(name), p.stream);
+        return readNamedStream(*item.storage, streamName(p), p.stream);
     }
     default:
         return Status();  // data and rare forms keep their bytes

@@ -64,7 +64,7 @@ Status ObjectSaver::saveTree(const Object& root, uint32_t storage) {
 }
 
 std::string ObjectSaver::baseName(const Property& p, size_t maxLength) {
-    if (!p.data.empty()) return wideToUtf8(utf16ToWide(p.data.data(), p.data.size()));  // as the file had it
+    if (!p.data.empty()) return storedName(p);  // as the file had it
     std::string& name = names_[uint32_t(p.pid) << 8 | uint32_t(maxLength)];
     if (name.empty()) {
         const meta::PropertyDef* def = file_.model().findProperty(p.pid);
@@ -140,7 +140,7 @@ Status ObjectSaver::encode(const Property& p, uint32_t storage, std::vector<uint
         return Status();
     }
     if (form == StoredForm::DataStream)
-        out_.addStream(storage, wideToUtf8(utf16ToWide(p.data.data() + 1, p.data.size() - 1)), p.stream);
+        out_.addStream(storage, streamName(p), p.stream);
     if (!p.isStrong() && !p.isWeak()) {
         w.bytes(p.data.data(), p.data.size());
         return Status();

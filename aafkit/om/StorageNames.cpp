@@ -2,7 +2,16 @@
 
 #include <cctype>
 
+#include "../Values.h"
+#include "Property.h"
+
 namespace aafkit {
+
+std::string storedName(const Property& p) { return wideToUtf8(utf16ToWide(p.data.data(), p.data.size())); }
+
+std::string streamName(const Property& p) {
+    return p.data.empty() ? std::string() : wideToUtf8(utf16ToWide(p.data.data() + 1, p.data.size() - 1));
+}
 
 std::string hexText(uint32_t value) {
     char text[8];

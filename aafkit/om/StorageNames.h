@@ -11,6 +11,14 @@ std::string hexText(uint32_t value);
 
 std::string mangledName(const std::string& propertyName, uint16_t pid, size_t maxLength);
 
+struct Property;
+
+// The storage or stream name a loaded property stores as its value: the base name
+// of a reference or collection, and the stream name of a data stream (after its
+// byte-order byte).
+std::string storedName(const Property& p);
+std::string streamName(const Property& p);
+
 constexpr size_t kStrongRefNameLength = 32;
 constexpr size_t kCollectionNameLength = 22;
 

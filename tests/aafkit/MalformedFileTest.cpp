@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <fstream>
-#include <iterator>
 #include <memory>
 #include <random>
 
@@ -12,11 +11,6 @@
 #include "support/SampleFiles.h"
 
 namespace {
-
-std::vector<uint8_t> readBytes(const std::string& path) {
-    std::ifstream in(path, std::ios::binary);
-    return std::vector<uint8_t>(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
-}
 
 // Touches what a reader would: every property and every weak reference.
 size_t walk(const aafkit::File& file, const aafkit::Object& object) {
@@ -43,7 +37,7 @@ void loadOrExplain(std::vector<uint8_t> bytes, const std::string& label) {
 TEST(MalformedFile, TruncatedSamplesFailCleanly) {
     SKIP_WITHOUT_SAMPLES();
     for (const std::string& path : testsupport::sampleFiles()) {
-        const std::vector<uint8_t> whole = readBytes(path);
+        const std::vector<uint8_t> whole = testsupport::readBytes(path);
         for (size_t part = 1; part < 8; ++part) {
             std::vector<uint8_t> cut(whole.begin(), whole.begin() + long(whole.size() * part / 8));
             std::unique_ptr<aafkit::File> file;
@@ -56,7 +50,7 @@ TEST(MalformedFile, FlippedBytesNeverCrash) {
     SKIP_WITHOUT_SAMPLES();
     std::mt19937 random(20261122);
     for (const std::string& path : testsupport::sampleFiles()) {
-        const std::vector<uint8_t> whole = readBytes(path);
+        const std::vector<uint8_t> whole = testsupport::readBytes(path);
         for (int round = 0; round < 12; ++round) {
             std::vector<uint8_t> damaged = whole;
             // A few bytes at once, anywhere past the header.

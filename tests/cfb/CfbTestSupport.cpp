@@ -14,11 +14,6 @@ using aafkit::cfb::EntryType;
 
 namespace cfbtest {
 
-std::vector<uint8_t> readBytes(const std::string& path) {
-    std::ifstream in(path, std::ios::binary);
-    return std::vector<uint8_t>(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
-}
-
 namespace {
 
 // zlib's adler32, which olefile's side computes with Python's zlib.

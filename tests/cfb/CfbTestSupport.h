@@ -10,7 +10,6 @@
 
 namespace cfbtest {
 
-std::vector<uint8_t> readBytes(const std::string& path);
 
 // "<label>\t<path>\t<size>\t<adler32 hex>", one stream's line in a listing.
 std::string listingLine(const std::string& label, const std::string& path, const std::vector<uint8_t>& data);

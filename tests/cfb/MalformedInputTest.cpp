@@ -121,7 +121,7 @@ TEST(MalformedInput, TruncatedAndFlippedFilesFailCleanly) {
     EXPECT_GT(flipAndRead(small, 1300, random), 350u);
     // Real files of both sector sizes; fewer cases, as each costs more.
     for (const char* name : {"resolve/DR_Empty.aaf", "pro-tools/PT_WAV_External_same_directory.aaf"}) {
-        const std::vector<uint8_t> sample = cfbtest::readBytes(testsupport::sample(name));
+        const std::vector<uint8_t> sample = testsupport::readBytes(testsupport::sample(name));
         if (sample.empty()) continue;
         EXPECT_GT(flipAndRead(sample, 200, random), 40u) << name;
     }

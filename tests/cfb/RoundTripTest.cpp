@@ -62,9 +62,9 @@ TEST(WriterRoundTrip, OurReaderAndOlefileReadBackEveryStreamAndClsid) {
     const std::string path = testsupport::temporaryPath("cfb-nested.aaf");
     std::ofstream(path) << "an older file";  // writeFile must replace it whole
     ASSERT_TRUE(f.writer.writeFile(path).ok());
-    std::vector<uint8_t> bytes = cfbtest::readBytes(path);
+    std::vector<uint8_t> bytes = testsupport::readBytes(path);
     EXPECT_EQ(bytes, f.bytes());
-    EXPECT_TRUE(cfbtest::readBytes(path + ".tmp").empty()) << "temporary left behind";
+    EXPECT_TRUE(testsupport::readBytes(path + ".tmp").empty()) << "temporary left behind";
     EXPECT_FALSE(f.writer.writeFile("/nonexistent-dir/x.aaf").ok());
 
     CompoundFileReader reader;

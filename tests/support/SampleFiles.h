@@ -2,7 +2,10 @@
 // The real AAF files under ../shared/samples, for tests that read them. On a
 // machine without the folder these tests skip.
 #include <algorithm>
+#include <cstdint>
 #include <filesystem>
+#include <fstream>
+#include <iterator>
 #include <string>
 #include <vector>
 
@@ -23,6 +26,12 @@ inline std::vector<std::string> sampleFiles() {
 
 // A path relative to the samples folder, e.g. "media-composer/one_clip.aaf".
 inline std::string sample(const std::string& relative) { return samplesDir() + "/" + relative; }
+
+// The whole file, or nothing when it cannot be read.
+inline std::vector<uint8_t> readBytes(const std::string& path) {
+    std::ifstream in(path, std::ios::binary);
+    return std::vector<uint8_t>(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
+}
 
 inline std::string temporaryPath(const std::string& name) {
     return (std::filesystem::temp_directory_path() / ("aafbridge-test-" + name)).string();
