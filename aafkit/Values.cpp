@@ -114,6 +114,14 @@ AAFRESULT getObjects(const Object& o, uint16_t pid, const std::vector<Object*>*&
     return AAFRESULT_SUCCESS;
 }
 
+AAFRESULT getStream(const Object& o, uint16_t pid, const StreamContent*& out) {
+    const Property* p = o.find(pid);
+    if (!p) return AAFRESULT_PROP_NOT_PRESENT;
+    if (p->storedForm() != StoredForm::DataStream || !p->stream) return AAFRESULT_BAD_PROP;
+    out = p->stream.get();
+    return AAFRESULT_SUCCESS;
+}
+
 AAFRESULT getReferenced(const Object& o, uint16_t pid, Object*& out) {
     const Property* p = o.find(pid);
     if (!p) return AAFRESULT_PROP_NOT_PRESENT;
@@ -196,6 +204,11 @@ void setIndirect(Object& o, uint16_t pid, const aafUID_t& type, const void* valu
     encodeAuid(type, bytes.data() + 1);
     if (size) std::copy_n(static_cast<const uint8_t*>(value), size, bytes.data() + kIndirectHeader);
     setBytes(o, pid, std::move(bytes));
+}
+
+void setStream(Object& o, uint16_t pid, std::unique_ptr<StreamContent> content) {
+    Property& p = o.ensure(pid, StoredForm::DataStream);
+    p.stream = std::move(content);
 }
 
 AAFRESULT setObject(Object& o, uint16_t pid, Object& child) {

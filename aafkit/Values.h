@@ -3,6 +3,7 @@
 // AAFRESULT_PROP_NOT_PRESENT for an absent property, AAFRESULT_BAD_SIZE (or
 // similar) for a stored value of the wrong size. Reads never fail silently.
 #include <cstdint>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -23,6 +24,9 @@ AAFRESULT getRational(const Object& o, uint16_t pid, aafRational_t& out);
 // UTF-16 text; a valid surrogate pair becomes one wchar_t where wchar_t is 32-bit.
 AAFRESULT getString(const Object& o, uint16_t pid, std::wstring& out);
 AAFRESULT getBytes(const Object& o, uint16_t pid, std::vector<uint8_t>& out);
+
+// Data streams: the content of a loaded or set stream, read on request.
+AAFRESULT getStream(const Object& o, uint16_t pid, const StreamContent*& out);
 
 // Strong references: the one object, or the elements (vectors in order, sets in key order).
 AAFRESULT getObject(const Object& o, uint16_t pid, Object*& out);
@@ -48,6 +52,8 @@ void setString(Object& o, uint16_t pid, const std::wstring& v);
 void setBytes(Object& o, uint16_t pid, std::vector<uint8_t> v);
 void setTimeStamp(Object& o, uint16_t pid, const aafTimeStamp_t& v);
 void setIndirect(Object& o, uint16_t pid, const aafUID_t& type, const void* value, size_t size);
+// The file owns the content from here on; it is read when the file is saved.
+void setStream(Object& o, uint16_t pid, std::unique_ptr<StreamContent> content);
 
 // Strong references; the child must not be attached elsewhere (AAFRESULT_OBJECT_ALREADY_ATTACHED).
 AAFRESULT setObject(Object& o, uint16_t pid, Object& child);

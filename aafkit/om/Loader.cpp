@@ -129,7 +129,10 @@ Status ObjectLoader::loadValue(const Pending& item, Property& p, const uint8_t* 
         return loadWeakCollection(*item.storage, p);
     case StoredForm::DataStream: {
         if (p.data.size() < 3 || p.data[0] != 0x55) return Status::error("malformed stream reference in " + where());
-        return readNamedStream(*item.storage, streamName(p), p.stream);
+        std::vector<uint8_t> bytes;
+        if (Status s = readNamedStream(*item.storage, streamName(p), bytes); !s) return s;
+        p.stream = std::make_unique<MemoryStream>(std::move(bytes));
+        return Status();
     }
     default:
         return Status();  // data and rare forms keep their bytes

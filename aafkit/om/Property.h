@@ -1,9 +1,11 @@
 #pragma once
 // One property of an object, in the form the file stores it.
 #include <cstdint>
+#include <memory>
 #include <vector>
 
 #include "Bytes.h"
+#include "StreamContent.h"
 
 namespace aafkit {
 
@@ -41,8 +43,8 @@ struct Property {
     // Sets: the key property of the elements and its size, as the index names them.
     uint16_t keyPid = 0;
     uint8_t keySize = 0;
-    // DataStream: the stream's bytes (the stream sits beside "properties").
-    std::vector<uint8_t> stream;
+    // DataStream: the stream's content (the stream sits beside "properties").
+    std::unique_ptr<StreamContent> stream;
 
     StoredForm storedForm() const { return StoredForm(form); }
     bool isStrong() const {

@@ -20,6 +20,7 @@ namespace {
 constexpr uint8_t kLittleEndian = 0x4c;
 constexpr uint8_t kFormatVersion = 0x20;
 constexpr uint32_t kNoFreeKey = 0xffffffff;
+constexpr uint8_t kStreamByteOrder = 0x55;  // "unspecified", as every writer stores it
 
 
 // Objects are saved from an explicit work list, not by recursion, so that no
@@ -41,6 +42,7 @@ private:
     Status saveSet(const Property& p, uint32_t storage, const std::string& base);
     void saveWeakIndex(const Property& p, uint32_t storage, const std::string& base);
     std::string baseName(const Property& p, size_t maxLength);
+    Status encodeStream(const Property& p, uint32_t storage, ByteWriter& w);
 
     const File& file_;
     cfb::CompoundFileWriter& out_;
@@ -126,6 +128,24 @@ void ObjectSaver::saveWeakIndex(const Property& p, uint32_t storage, const std::
     out_.addStream(storage, base + " index", std::move(index));
 }
 
+// A data stream's value is its stream's name after a byte-order byte; new streams are named like references.
+Status ObjectSaver::encodeStream(const Property& p, uint32_t storage, ByteWriter& w) {
+    std::vector<uint8_t> bytes;
+    if (p.stream)
+        if (Status s = readAll(*p.stream, bytes); !s) return s;
+    if (!p.data.empty()) {
+        out_.addStream(storage, streamName(p), std::move(bytes));
+        w.bytes(p.data.data(), p.data.size());
+        return Status();
+    }
+    const std::string name = baseName(p, kStrongRefNameLength);
+    out_.addStream(storage, name, std::move(bytes));
+    const std::vector<uint8_t> stored = wideToUtf16(std::wstring(name.begin(), name.end()));
+    w.u8(kStreamByteOrder);
+    w.bytes(stored.data(), stored.size());
+    return Status();
+}
+
 // Appends the property's stored value to `out`, and writes what it refers to.
 Status ObjectSaver::encode(const Property& p, uint32_t storage, std::vector<uint8_t>& out) {
     ByteWriter w(out);
@@ -139,8 +159,7 @@ Status ObjectSaver::encode(const Property& p, uint32_t storage, std::vector<uint
         w.bytes(r.key.data(), r.key.size());
         return Status();
     }
-    if (form == StoredForm::DataStream)
-        out_.addStream(storage, streamName(p), p.stream);
+    if (form == StoredForm::DataStream) return encodeStream(p, storage, w);
     if (!p.isStrong() && !p.isWeak()) {
         w.bytes(p.data.data(), p.data.size());
         return Status();

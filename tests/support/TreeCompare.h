@@ -2,7 +2,10 @@
 // Compares two loaded object trees: classes, property values and forms, strong
 // references recursively and weak references by path and key. Storage names
 // and local keys are not part of the tree.
+#include <algorithm>
+#include <cstring>
 #include <string>
+#include <vector>
 
 #include "aafkit/File.h"
 
@@ -12,6 +15,19 @@ inline std::string hexPid(uint16_t pid) {
     char text[8];
     std::snprintf(text, sizeof text, "%04x", unsigned(pid));
     return text;
+}
+
+// Data streams compare by content, a chunk at a time.
+inline bool sameStream(const aafkit::Property& a, const aafkit::Property& b) {
+    if (!a.stream || !b.stream) return !a.stream == !b.stream;
+    if (a.stream->size() != b.stream->size()) return false;
+    std::vector<uint8_t> chunkA(aafkit::kCopyChunk), chunkB(aafkit::kCopyChunk);
+    for (uint64_t at = 0; at < a.stream->size(); at += aafkit::kCopyChunk) {
+        const size_t n = size_t(std::min<uint64_t>(aafkit::kCopyChunk, a.stream->size() - at));
+        if (!a.stream->read(at, chunkA.data(), n) || !b.stream->read(at, chunkB.data(), n)) return false;
+        if (std::memcmp(chunkA.data(), chunkB.data(), n) != 0) return false;
+    }
+    return true;
 }
 
 // Empty when equal, else where the first difference is.
@@ -26,7 +42,7 @@ inline std::string firstDifference(const aafkit::File& fa, const aafkit::Object&
         if (!pb) return at + ": missing";
         if (pa.form != pb->form) return at + ": form differs";
         if (!pa.isStrong() && !pa.isWeak() && pa.data != pb->data) return at + ": value differs";
-        if (pa.stream != pb->stream) return at + ": stream differs";
+        if (!sameStream(pa, *pb)) return at + ": stream differs";
         if (pa.weak.size() != pb->weak.size()) return at + ": reference count differs";
         for (size_t w = 0; w < pa.weak.size(); ++w)
             if (fa.paths()[pa.weak[w].pathId] != fb.paths()[pb->weak[w].pathId] ||

@@ -139,6 +139,6 @@ std::string valueText(const aafkit::File& file, const aafkit::Property& property
         return out;
     }
     if (property.storedForm() == aafkit::StoredForm::DataStream)
-        return "stream of " + std::to_string(property.stream.size()) + " bytes";
+        return "stream of " + std::to_string(property.stream ? property.stream->size() : 0) + " bytes";
     return dataText(file, type, property.data);
 }
