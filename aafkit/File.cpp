@@ -1,12 +1,12 @@
 #include "File.h"
 
 #include <cstring>
-#include <cstdio>
 
 #include "ResultCodes.h"
 #include "Values.h"
 #include "cfb/CompoundFileFormat.h"
 #include "cfb/CompoundFileReader.h"
+#include "io/InputFile.h"
 #include "meta/Ids.h"
 #include "om/Loader.h"
 #include "NewFileBuilder.h"
@@ -18,24 +18,12 @@ namespace aafkit {
 namespace {
 
 // The compound-file signature, then the AAF file-kind signature as the header CLSID.
-bool isAafFile(const std::vector<uint8_t>& bytes) {
-    return bytes.size() >= 512 && std::memcmp(bytes.data(), cfb::kSignature, 8) == 0 &&
-           (std::memcmp(bytes.data() + 8, cfb::kAafSignature512, 16) == 0 ||
-            std::memcmp(bytes.data() + 8, cfb::kAafSignature4096, 16) == 0);
-}
-
-bool readWholeFile(const std::string& path, std::vector<uint8_t>& out) {
-    std::FILE* in = std::fopen(path.c_str(), "rb");
-    if (!in) return false;
-    bool ok = std::fseek(in, 0, SEEK_END) == 0;
-    const long size = ok ? std::ftell(in) : -1;
-    ok = size >= 0 && std::fseek(in, 0, SEEK_SET) == 0;
-    if (ok) {
-        out.resize(size_t(size));
-        ok = std::fread(out.data(), 1, out.size(), in) == out.size();
-    }
-    std::fclose(in);
-    return ok;
+bool isAafFile(const io::InputFile& input) {
+    uint8_t start[24];
+    return input.read(0, start, sizeof start).ok() && input.size() >= 512 &&
+           std::memcmp(start, cfb::kSignature, 8) == 0 &&
+           (std::memcmp(start + 8, cfb::kAafSignature512, 16) == 0 ||
+            std::memcmp(start + 8, cfb::kAafSignature4096, 16) == 0);
 }
 
 std::string resolveCacheKey(uint32_t pathId, const Bytes& key) {
@@ -50,17 +38,17 @@ File::File() = default;
 File::~File() = default;
 
 AAFRESULT File::openExistingRead(const std::string& path, std::unique_ptr<File>& out, Status* why) {
-    std::vector<uint8_t> bytes;
-    if (!readWholeFile(path, bytes)) {
-        if (why) *why = Status::error("cannot read " + path);
+    std::unique_ptr<io::InputFile> input;
+    if (Status s = io::InputFile::open(path, input); !s) {
+        if (why) *why = s;
         return AAFRESULT_FILE_NOT_FOUND;
     }
-    if (!isAafFile(bytes)) {
+    if (!isAafFile(*input)) {
         if (why) *why = Status::error(path + " is not an AAF file");
         return AAFRESULT_NOT_AAF_FILE;
     }
     std::unique_ptr<File> file;
-    if (Status s = load(std::move(bytes), file); !s) {
+    if (Status s = load(std::move(input), file); !s) {
         if (why) *why = s;
         return AAFRESULT_NOT_AAF_FILE;
     }
@@ -75,10 +63,15 @@ AAFRESULT File::openExistingRead(const std::string& path, std::unique_ptr<File>&
 }
 
 Status File::load(std::vector<uint8_t> bytes, std::unique_ptr<File>& out) {
-    cfb::CompoundFileReader storage;
-    if (Status s = cfb::CompoundFileReader::open(std::move(bytes), storage); !s) return s;
+    return load(io::InputFile::fromBytes(std::move(bytes)), out);
+}
+
+Status File::load(std::unique_ptr<io::InputFile> input, std::unique_ptr<File>& out) {
+    auto storage = std::make_unique<cfb::CompoundFileReader>();
+    if (Status s = cfb::CompoundFileReader::open(std::move(input), *storage); !s) return s;
     std::unique_ptr<File> file(new File());
-    if (Status s = Loader::load(storage, *file); !s) return s;
+    file->storage_ = std::move(storage);
+    if (Status s = Loader::load(*file->storage_, *file); !s) return s;
     out = std::move(file);
     return Status();
 }

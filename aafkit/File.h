@@ -1,7 +1,8 @@
 #pragma once
-// An AAF file in memory: every object from the root down, its model and the
-// table of weak-reference paths. Opened files are loaded whole; new files
-// start with the objects a new AAF file holds.
+// An AAF file: every object from the root down, its model and the table of
+// weak-reference paths. Opened files load their objects and keep the file open
+// for data streams, which are read only on request; new files start with the
+// objects a new AAF file holds.
 #include <cstdint>
 #include <deque>
 #include <memory>
@@ -15,6 +16,13 @@
 #include "om/Object.h"
 
 namespace aafkit {
+
+namespace cfb {
+class CompoundFileReader;
+}
+namespace io {
+class InputFile;
+}
 
 struct ProductIdentification {
     std::wstring companyName;
@@ -36,6 +44,8 @@ public:
     static AAFRESULT openExistingRead(const std::string& path, std::unique_ptr<File>& out,
                                       Status* why = nullptr);
     static Status load(std::vector<uint8_t> bytes, std::unique_ptr<File>& out);
+    // Loads the objects; the file stays open for the data streams, read on request.
+    static Status load(std::unique_ptr<io::InputFile> input, std::unique_ptr<File>& out);
     // AAFFileOpenNewModify: header, content storage, dictionary with the built-in data and
     // container definitions, and one identification.
     static std::unique_ptr<File> createNew(const ProductIdentification& identification);
@@ -83,6 +93,7 @@ private:
     friend class Saver;
     friend class NewFileBuilder;
 
+    std::unique_ptr<cfb::CompoundFileReader> storage_;  // outlives the objects whose streams it reads
     meta::MetaModel model_;
     std::deque<Object> objects_;
     Object* root_ = nullptr;

@@ -56,4 +56,11 @@ Status AllocationTable::wholeChain(uint32_t start, std::vector<uint32_t>& out) c
     return Status();
 }
 
+Status AllocationTable::next(uint32_t sector, uint32_t from, uint32_t& out) const {
+    if (sector >= links_.size()) return brokenLink(sector, from);
+    out = links_[sector];
+    if (out >= links_.size()) return brokenLink(out, from);
+    return Status();
+}
+
 }  // namespace aafkit::cfb

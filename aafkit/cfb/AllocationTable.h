@@ -19,6 +19,11 @@ public:
     Status chain(uint32_t start, uint64_t count, std::vector<uint32_t>& out) const;
     // The chain starting at `start` up to its end-of-chain mark.
     Status wholeChain(uint32_t start, std::vector<uint32_t>& out) const;
+    // How many sectors the table covers.
+    size_t size() const { return links_.size(); }
+    // The sector after `sector` in its chain; an error if either is not a sector of the file.
+    Status next(uint32_t sector, uint32_t from, uint32_t& out) const;
+    bool covers(uint32_t sector) const { return sector < links_.size(); }
 
 private:
     Status findLoop() const;

@@ -2,8 +2,6 @@
 
 #include <algorithm>
 #include <cstring>
-#include <filesystem>
-#include <fstream>
 
 #include "aafkit/ByteReader.h"
 #include "aafkit/cfb/CompoundFileFormat.h"
@@ -53,23 +51,29 @@ Status convertEntry(uint32_t id, const EntryRecord& record, bool version3, Direc
 
 }  // namespace
 
-Status CompoundFileReader::open(std::vector<uint8_t> bytes, CompoundFileReader& out) {
+// The sibling and child links of an entry: all that linking the tree needs of its record.
+struct EntryLinks {
+    uint32_t left = kNoStream;
+    uint32_t right = kNoStream;
+    uint32_t child = kNoStream;
+};
+
+Status CompoundFileReader::open(std::unique_ptr<io::InputFile> input, CompoundFileReader& out) {
     CompoundFileReader reader;
-    reader.bytes_ = std::move(bytes);
+    reader.input_ = std::move(input);
     Status status = reader.load();
     if (status) out = std::move(reader);
     return status;
 }
 
+Status CompoundFileReader::open(std::vector<uint8_t> bytes, CompoundFileReader& out) {
+    return open(io::InputFile::fromBytes(std::move(bytes)), out);
+}
+
 Status CompoundFileReader::openFile(const std::string& path, CompoundFileReader& out) {
-    std::error_code error;
-    const uintmax_t size = std::filesystem::file_size(path, error);  // fails on directories too
-    std::ifstream file(path, std::ios::binary);
-    if (error || !file) return Status::error("cannot open file at " + path);
-    std::vector<uint8_t> bytes(static_cast<size_t>(size));
-    if (!file.read(reinterpret_cast<char*>(bytes.data()), std::streamsize(size)))
-        return Status::error("cannot read file at " + path);
-    return open(std::move(bytes), out);
+    std::unique_ptr<io::InputFile> input;
+    if (Status s = io::InputFile::open(path, input); !s) return s;
+    return open(std::move(input), out);
 }
 
 Status CompoundFileReader::load() {
@@ -84,8 +88,12 @@ Status CompoundFileReader::load() {
 }
 
 Status CompoundFileReader::readHeader(FileHeader& header) {
-    ByteReader in(bytes_.data(), bytes_.size());
-    if (!header.read(in)) return fail("file shorter than a header", "size", bytes_.size());
+    const uint64_t size = input_->size();
+    uint8_t bytes[kHeaderSize];
+    if (size < kHeaderSize) return fail("file shorter than a header", "size", size);
+    if (Status s = input_->read(0, bytes, sizeof bytes); !s) return s;
+    ByteReader in(bytes, sizeof bytes);
+    header.read(in);
     if (std::memcmp(header.signature, kSignature, sizeof kSignature) != 0)
         return fail("not a compound file: bad signature", "offset", 0);
     if (header.byteOrder != kByteOrderMark) return fail("bad byte order mark", "offset", 28);
@@ -97,8 +105,9 @@ Status CompoundFileReader::readHeader(FileHeader& header) {
         return fail("bad mini stream cutoff", "offset", 56);
     majorVersion_ = header.majorVersion;
     sectorSize_ = 1u << header.sectorShift;
-    if (bytes_.size() < sectorSize_) return fail("file shorter than its header sector", "size", bytes_.size());
-    sectorCount_ = bytes_.size() / sectorSize_ - 1;
+    if (size < sectorSize_) return fail("file shorter than its header sector", "size", size);
+    // Sector ids are 32-bit: a larger file's tail cannot be addressed and is ignored.
+    sectorCount_ = size_t(std::min<uint64_t>(size / sectorSize_ - 1, kMaxRegularSector));
     return Status();
 }
 
@@ -109,13 +118,15 @@ Status CompoundFileReader::fatSectorIds(const FileHeader& header, std::vector<ui
     ids.assign(header.difat, header.difat + std::min(count, kHeaderDifatCount));
     const size_t idsPerDifatSector = sectorSize_ / 4 - 1;  // the last word links the next one
     std::vector<bool> visited(sectorCount_);
+    std::vector<uint8_t> block(sectorSize_);
     std::vector<uint32_t> words;
     for (uint32_t next = header.firstDifatSector; ids.size() < count; next = words.back()) {
         if (next >= sectorCount_) return fail("DIFAT sector out of range", "DIFAT sector", next);
         if (visited[next]) return fail("DIFAT chain loops", "sector", next);
         visited[next] = true;
+        if (Status s = readSector(next, block.data()); !s) return s;
         words.clear();
-        appendWords(sector(next), idsPerDifatSector + 1, words);
+        appendWords(block.data(), idsPerDifatSector + 1, words);
         const size_t take = std::min(count - ids.size(), idsPerDifatSector);
         ids.insert(ids.end(), words.begin(), words.begin() + take);
     }
@@ -128,7 +139,11 @@ Status CompoundFileReader::readTable(const std::vector<uint32_t>& sectors, size_
                                      const char* name, AllocationTable& table) const {
     std::vector<uint32_t> links;
     links.reserve(sectors.size() * sectorSize_ / 4);
-    for (uint32_t s : sectors) appendWords(sector(s), sectorSize_ / 4, links);
+    std::vector<uint8_t> block(sectorSize_);
+    for (uint32_t s : sectors) {
+        if (Status st = readSector(s, block.data()); !st) return Status::error(std::string(name) + ": " + st.message());
+        appendWords(block.data(), sectorSize_ / 4, links);
+    }
     return table.assign(std::move(links), sectorCount, name);
 }
 
@@ -137,27 +152,32 @@ Status CompoundFileReader::readDirectory(uint32_t firstSector) {
     if (Status s = fat_.wholeChain(firstSector, chain); !s) return Status::error("directory: " + s.message());
     if (chain.empty()) return fail("empty directory", "sector", firstSector);
     const size_t perSector = sectorSize_ / kEntrySize;
-    std::vector<EntryRecord> records(chain.size() * perSector);
-    entries_.assign(records.size(), DirectoryEntry());
-    for (size_t id = 0; id < records.size(); ++id) {
-        ByteReader in(sector(chain[id / perSector]) + id % perSector * kEntrySize, kEntrySize);
-        if (!records[id].read(in)) return fail("truncated entry", "entry", id);
-        Status s = convertEntry(uint32_t(id), records[id], majorVersion_ == 3, entries_[id]);
-        if (!s) return s;
+    entries_.assign(chain.size() * perSector, DirectoryEntry());
+    std::vector<EntryLinks> links(entries_.size());
+    std::vector<uint8_t> block(sectorSize_);
+    EntryRecord record;
+    for (size_t id = 0; id < entries_.size(); ++id) {
+        if (id % perSector == 0)
+            if (Status s = readSector(chain[id / perSector], block.data()); !s) return Status::error("directory: " + s.message());
+        ByteReader in(block.data() + id % perSector * kEntrySize, kEntrySize);
+        record = EntryRecord();
+        record.read(in);
+        if (Status s = convertEntry(uint32_t(id), record, majorVersion_ == 3, entries_[id]); !s) return s;
+        links[id] = {record.left, record.right, record.child};
     }
     if (entries_[0].type != EntryType::Root) return fail("no root entry", "entry", 0);
-    return linkTree(records);
+    return linkTree(links);
 }
 
 // Walks the sibling trees without recursion, visiting each entry at most once.
-Status CompoundFileReader::linkTree(const std::vector<EntryRecord>& records) {
+Status CompoundFileReader::linkTree(const std::vector<EntryLinks>& links) {
     struct Pending {
         uint32_t id;
         uint32_t parent;
     };
     std::vector<bool> visited(entries_.size());
     visited[0] = true;
-    std::vector<Pending> pending{{records[0].child, 0}};
+    std::vector<Pending> pending{{links[0].child, 0}};
     while (!pending.empty()) {
         const Pending link = pending.back();
         pending.pop_back();
@@ -167,7 +187,7 @@ Status CompoundFileReader::linkTree(const std::vector<EntryRecord>& records) {
         if (visited[link.id]) return fail("directory loop", "entry", link.id);
         visited[link.id] = true;
         DirectoryEntry& entry = entries_[link.id];
-        const EntryRecord& record = records[link.id];
+        const EntryLinks& record = links[link.id];
         entries_[link.parent].children.push_back(link.id);
         pending.push_back({record.left, link.parent});
         pending.push_back({record.right, link.parent});
@@ -204,25 +224,88 @@ Status CompoundFileReader::readStream(const DirectoryEntry& stream, std::vector<
     out.clear();
     if (stream.type != EntryType::Stream) return Status::error("not a stream at entry '" + stream.name + "'");
     const bool mini = stream.size < kMiniStreamCutoff;
+    // A size the chain cannot hold fails before anything is allocated for it.
+    if (unitsFor(stream.size, mini ? kMiniSectorSize : sectorSize_) > (mini ? miniFat_ : fat_).size())
+        return Status::error(std::string(mini ? "mini FAT" : "FAT") + " chain longer than the file at sector " +
+                             std::to_string(stream.startSector) + " in stream '" + stream.name + "'");
+    out.resize(size_t(stream.size));
+    ChainCursor cursor;
+    Status s = readStreamRange(stream, 0, out.data(), out.size(), cursor);
+    if (!s) out.clear();
+    return s;
+}
+
+Status CompoundFileReader::readStreamRange(const DirectoryEntry& stream, uint64_t offset, uint8_t* out, size_t n,
+                                           ChainCursor& cursor) const {
+    if (stream.type != EntryType::Stream) return Status::error("not a stream at entry '" + stream.name + "'");
+    if (offset > stream.size || n > stream.size - offset)
+        return Status::error("read past the end of stream '" + stream.name + "'");
+    const bool mini = stream.size < kMiniStreamCutoff;
     const uint32_t unit = mini ? kMiniSectorSize : sectorSize_;
-    thread_local std::vector<uint32_t> sectors;  // reused: streams are read by the thousand
-    Status s = (mini ? miniFat_ : fat_).chain(stream.startSector, unitsFor(stream.size, unit), sectors);
-    if (!s) return Status::error(s.message() + " in stream '" + stream.name + "'");
-    out.reserve(size_t(stream.size));
-    for (uint32_t id : sectors) {
-        const uint8_t* data = mini ? miniSector(id) : sector(id);
-        out.insert(out.end(), data, data + std::min<uint64_t>(unit, stream.size - out.size()));
+    while (n > 0) {
+        if (Status s = seekChain(stream, offset / unit, cursor); !s)
+            return Status::error(s.message() + " in stream '" + stream.name + "'");
+        const auto within = uint32_t(offset % unit);
+        // Consecutive sectors are read in one go.
+        size_t run = std::min<uint64_t>(n, unit - within);
+        ChainCursor end = cursor;
+        while (run < n && !mini) {
+            uint32_t next = 0;
+            if (!fat_.next(end.sector, stream.startSector, next) || next != end.sector + 1) break;
+            end = {end.unitIndex + 1, next};
+            run = std::min<uint64_t>(n, run + unit);
+        }
+        if (Status s = readUnits(mini, cursor.sector, within, out, run); !s) return s;
+        cursor = end;
+        offset += run;
+        out += run;
+        n -= run;
     }
     return Status();
 }
 
-const uint8_t* CompoundFileReader::sector(uint32_t id) const {
-    return bytes_.data() + (size_t(id) + 1) * sectorSize_;
+// Moves the cursor to the chain's unitIndex-th sector, from where it stands when that is not past it.
+Status CompoundFileReader::seekChain(const DirectoryEntry& stream, uint64_t unitIndex, ChainCursor& cursor) const {
+    const AllocationTable& table = stream.size < kMiniStreamCutoff ? miniFat_ : fat_;
+    if (cursor.sector == kNoStream || cursor.unitIndex > unitIndex) {
+        if (!table.covers(stream.startSector)) return Status::error("chain starts outside the file");
+        cursor = {0, stream.startSector};
+    }
+    while (cursor.unitIndex < unitIndex) {
+        uint32_t next = 0;
+        if (Status s = table.next(cursor.sector, stream.startSector, next); !s) return s;
+        cursor = {cursor.unitIndex + 1, next};
+    }
+    return Status();
 }
 
-const uint8_t* CompoundFileReader::miniSector(uint32_t id) const {
-    const size_t offset = size_t(id) * kMiniSectorSize;
-    return sector(miniStreamSectors_[offset / sectorSize_]) + offset % sectorSize_;
+Status CompoundFileReader::readSector(uint32_t id, uint8_t* out) const {
+    return readUnits(false, id, 0, out, sectorSize_);
+}
+
+Status CompoundFileReader::readUnits(bool mini, uint32_t id, uint32_t within, uint8_t* out, size_t n) const {
+    if (mini) return readMiniUnit(id, within, out, n);
+    return input_->read((uint64_t(id) + 1) * sectorSize_ + within, out, n);
+}
+
+Status CompoundFileReader::readMiniUnit(uint32_t id, uint32_t within, uint8_t* out, size_t n) const {
+    const uint64_t offset = uint64_t(id) * kMiniSectorSize + within;
+    const uint64_t index = offset / sectorSize_;
+    if (index >= miniStreamSectors_.size()) return fail("mini sector outside the mini stream", "mini sector", id);
+    const uint32_t sector = miniStreamSectors_[size_t(index)];
+    if (cache_.empty()) {
+        cache_.resize(kCachedSectors * sectorSize_);
+        cachedIds_.fill(kNoStream);
+    }
+    const size_t slot = sector % kCachedSectors;
+    uint8_t* cached = cache_.data() + slot * sectorSize_;
+    if (cachedIds_[slot] != sector) {
+        cachedIds_[slot] = kNoStream;
+        if (Status s = readSector(sector, cached); !s) return s;
+        cachedIds_[slot] = sector;
+    }
+    std::memcpy(out, cached + offset % sectorSize_, n);
+    return Status();
 }
 
 }  // namespace aafkit::cfb

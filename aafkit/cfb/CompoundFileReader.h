@@ -1,23 +1,35 @@
 #pragma once
-// Reads a whole compound file held in memory. Header, allocation tables and
-// directory are validated when the file is opened, so the accessors cannot
-// fail; stream reads still check the chain of the stream they read.
+// Reads a compound file through io::InputFile. Opening reads and validates the
+// header, allocation tables and directory; stream content is read only when
+// asked for, a range at a time, and a broken chain fails only the stream it is in.
+#include <array>
 #include <cstdint>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "aafkit/Status.h"
 #include "aafkit/cfb/AllocationTable.h"
+#include "aafkit/cfb/CompoundFileFormat.h"
 #include "aafkit/cfb/DirectoryEntry.h"
+#include "aafkit/io/InputFile.h"
 
 namespace aafkit::cfb {
 
-struct EntryRecord;
+struct EntryLinks;
 struct FileHeader;
+
+// Where a sequential reader of one stream stands in its chain, so that reading a
+// stream front to back walks its chain once.
+struct ChainCursor {
+    uint64_t unitIndex = 0;  // index of `sector` within the chain
+    uint32_t sector = kNoStream;
+};
 
 class CompoundFileReader {
 public:
+    static Status open(std::unique_ptr<io::InputFile> input, CompoundFileReader& out);
     static Status open(std::vector<uint8_t> bytes, CompoundFileReader& out);
     static Status openFile(const std::string& path, CompoundFileReader& out);
 
@@ -26,9 +38,13 @@ public:
     size_t entryCount() const { return entries_.size(); }
     // Direct child of a storage by exact name, or nullptr.
     const DirectoryEntry* child(const DirectoryEntry& storage, std::string_view name) const;
-    // Whole stream contents, from the mini stream when shorter than the cutoff.
+    // Whole stream contents, for the small streams that hold properties and indexes.
     Status readStream(const DirectoryEntry& stream, std::vector<uint8_t>& out) const;
-
+    // `n` bytes of a stream from `offset`; `cursor` carries the chain position between calls.
+    Status readStreamRange(const DirectoryEntry& stream, uint64_t offset, uint8_t* out, size_t n,
+                           ChainCursor& cursor) const;
+    uint32_t sectorSize() const { return sectorSize_; }
+    uint64_t fileSize() const { return input_ ? input_->size() : 0; }
 
 private:
     Status load();
@@ -37,12 +53,14 @@ private:
     Status readTable(const std::vector<uint32_t>& sectors, size_t sectorCount, const char* name,
                      AllocationTable& table) const;
     Status readDirectory(uint32_t firstSector);
-    Status linkTree(const std::vector<EntryRecord>& records);
+    Status linkTree(const std::vector<EntryLinks>& links);
     Status readMiniStream(const FileHeader& header);
-    const uint8_t* sector(uint32_t id) const;
-    const uint8_t* miniSector(uint32_t id) const;
+    Status readSector(uint32_t id, uint8_t* out) const;
+    Status readUnits(bool mini, uint32_t id, uint32_t within, uint8_t* out, size_t n) const;
+    Status readMiniUnit(uint32_t id, uint32_t within, uint8_t* out, size_t n) const;
+    Status seekChain(const DirectoryEntry& stream, uint64_t unitIndex, ChainCursor& cursor) const;
 
-    std::vector<uint8_t> bytes_;
+    std::unique_ptr<io::InputFile> input_;
     uint16_t majorVersion_ = 0;
     uint32_t sectorSize_ = 0;
     size_t sectorCount_ = 0;
@@ -50,6 +68,11 @@ private:
     AllocationTable miniFat_;
     std::vector<uint32_t> miniStreamSectors_;
     std::vector<DirectoryEntry> entries_;  // children sorted by name for child()
+
+    // Mini streams are read 64 bytes at a time: the sectors that hold them are cached.
+    static constexpr size_t kCachedSectors = 64;
+    mutable std::vector<uint8_t> cache_;
+    mutable std::array<uint32_t, kCachedSectors> cachedIds_{};
 };
 
 }  // namespace aafkit::cfb

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstring>
-#include <fstream>
 
 #include "aafkit/ByteWriter.h"
 #include "aafkit/cfb/CompoundFileFormat.h"
@@ -31,9 +30,37 @@ Status checkName(uint32_t id, const std::string& name, std::u16string& utf16) {
     return Status();
 }
 
-void padTo(ByteWriter& out, size_t unit) { out.zeros((unit - out.size() % unit) % unit); }
-
 }  // namespace
+
+// Small writes gather in a buffer that goes to the sink once it is large; stream
+// content passes straight through. Positions count everything written so far.
+class StagedOutput {
+public:
+    explicit StagedOutput(io::OutputSink& sink) : sink_(sink), writer_(buffer_) {}
+    ByteWriter& writer() { return writer_; }
+    uint64_t position() const { return flushed_ + buffer_.size(); }
+    void padTo(uint32_t unit) { writer_.zeros(size_t((unit - position() % unit) % unit)); }
+    Status flushIfFull() { return buffer_.size() >= kFlushSize ? flush() : Status(); }
+    Status flush() {
+        Status s = sink_.write(buffer_.data(), buffer_.size());
+        flushed_ += buffer_.size();
+        buffer_.clear();
+        return s;
+    }
+    Status copy(const StreamContent& content) {
+        if (Status s = flush(); !s) return s;
+        Status s = copyChunks(content, [this](const uint8_t* bytes, size_t n) { return sink_.write(bytes, n); });
+        flushed_ += content.size();
+        return s;
+    }
+
+private:
+    static constexpr size_t kFlushSize = 1 << 20;
+    io::OutputSink& sink_;
+    std::vector<uint8_t> buffer_;
+    ByteWriter writer_;
+    uint64_t flushed_ = 0;
+};
 
 CompoundFileWriter::CompoundFileWriter() { nodes_.push_back(Node{"Root Entry", EntryType::Root, {}, {}, {}}); }
 
@@ -70,6 +97,11 @@ void CompoundFileWriter::addStream(uint32_t parent, std::string name, std::vecto
     if (id != kNoStream) nodes_[id].data = std::move(data);
 }
 
+void CompoundFileWriter::addStream(uint32_t parent, std::string name, const StreamContent& content) {
+    const uint32_t id = addNode(parent, std::move(name), EntryType::Stream, kNoClsid);
+    if (id != kNoStream) nodes_[id].content = &content;
+}
+
 // One record per node, entry id = node index; sectors are left to SectorLayout.
 Status CompoundFileWriter::makeRecords(std::vector<EntryRecord>& records) const {
     records.assign(nodes_.size(), EntryRecord());
@@ -83,7 +115,7 @@ Status CompoundFileWriter::makeRecords(std::vector<EntryRecord>& records) const 
         record.type = uint8_t(node.type);
         record.color = kBlack;
         std::memcpy(record.clsid, node.clsid, sizeof record.clsid);
-        record.size = node.data.size();
+        record.size = node.size();
     }
     return linkChildren(names, records);
 }
@@ -110,7 +142,7 @@ Status CompoundFileWriter::linkChildren(const std::vector<std::u16string>& names
     return Status();
 }
 
-void CompoundFileWriter::writeHeader(const SectorLayout& layout, ByteWriter& out) const {
+void CompoundFileWriter::writeHeader(const SectorLayout& layout, StagedOutput& out) const {
     FileHeader header;
     std::memcpy(header.signature, kSignature, sizeof kSignature);
     std::memcpy(header.clsid, kAafSignature4096, sizeof header.clsid);  // new AAF files have 4096-byte sectors
@@ -118,63 +150,65 @@ void CompoundFileWriter::writeHeader(const SectorLayout& layout, ByteWriter& out
     header.majorVersion = 4;
     header.byteOrder = kByteOrderMark;
     layout.fillHeader(header);
-    header.write(out);
-    padTo(out, kWriterSectorSize);
+    header.write(out.writer());
+    out.padTo(kWriterSectorSize);
 }
 
 // Unused entries fill the last directory sector.
-void CompoundFileWriter::writeDirectory(const std::vector<EntryRecord>& records, ByteWriter& out) {
-    for (const EntryRecord& record : records) record.write(out);
-    while (out.size() % kWriterSectorSize != 0) EntryRecord().write(out);
+Status CompoundFileWriter::writeDirectory(const std::vector<EntryRecord>& records, StagedOutput& out) {
+    for (const EntryRecord& record : records) {
+        record.write(out.writer());
+        if (Status s = out.flushIfFull(); !s) return s;
+    }
+    while (out.position() % kWriterSectorSize != 0) EntryRecord().write(out.writer());
+    return Status();
 }
 
 // Small streams go to the mini stream in 64-byte steps, the others to whole
 // sectors, both in entry order as SectorLayout placed them.
-void CompoundFileWriter::writeStreamData(bool mini, ByteWriter& out) const {
-    const size_t unit = mini ? kMiniSectorSize : kWriterSectorSize;
+Status CompoundFileWriter::writeStreamData(bool mini, StagedOutput& out) const {
+    const uint32_t unit = mini ? kMiniSectorSize : kWriterSectorSize;
     for (const Node& node : nodes_) {
-        if (node.type != EntryType::Stream || inMiniStream(node.data.size()) != mini) continue;
-        out.bytes(node.data.data(), node.data.size());
-        padTo(out, unit);
+        if (node.type != EntryType::Stream || inMiniStream(node.size()) != mini) continue;
+        const uint64_t start = out.position();
+        Status s = node.content ? out.copy(*node.content) : Status();
+        if (!node.content) out.writer().bytes(node.data.data(), node.data.size());
+        if (s && out.position() - start != node.size()) s = Status::error("stream '" + node.name + "' changed size");
+        if (!s) return s;
+        out.padTo(unit);
+        if (Status f = out.flushIfFull(); !f) return f;
     }
-    padTo(out, kWriterSectorSize);
+    out.padTo(kWriterSectorSize);
+    return Status();
 }
 
-Status CompoundFileWriter::write(std::vector<uint8_t>& out) const {
-    out.clear();
+Status CompoundFileWriter::write(io::OutputSink& sink) const {
     if (!misuse_.empty()) return Status::error(misuse_);
     std::vector<EntryRecord> records;
     SectorLayout layout;
     if (Status s = makeRecords(records); !s) return s;
     if (Status s = layout.plan(records); !s) return s;
-    out.reserve((layout.totalSectors() + 1) * kWriterSectorSize);
-    ByteWriter writer(out);
-    writeHeader(layout, writer);
-    layout.writeTables(writer);
-    writeDirectory(records, writer);
-    writeStreamData(true, writer);
-    writeStreamData(false, writer);
-    return Status();
+    StagedOutput out(sink);
+    writeHeader(layout, out);
+    layout.writeTables(out.writer());
+    Status s = writeDirectory(records, out);
+    if (s) s = writeStreamData(true, out);
+    if (s) s = writeStreamData(false, out);
+    if (s) s = out.flush();
+    return s;
+}
+
+Status CompoundFileWriter::write(std::vector<uint8_t>& out) const {
+    out.clear();
+    io::MemoryOutput memory(out);
+    return write(memory);
 }
 
 Status CompoundFileWriter::writeFile(const std::string& path) const {
-    std::vector<uint8_t> bytes;
-    if (Status s = write(bytes); !s) return s;
-    const std::string temporary = path + ".tmp";
-    {
-        std::ofstream file(temporary, std::ios::binary | std::ios::trunc);
-        file.write(reinterpret_cast<const char*>(bytes.data()), std::streamsize(bytes.size()));
-        file.close();
-        if (!file) {
-            std::remove(temporary.c_str());
-            return Status::error("cannot write file at " + temporary);
-        }
-    }
-    if (std::rename(temporary.c_str(), path.c_str()) != 0) {
-        std::remove(temporary.c_str());
-        return Status::error("cannot replace file at " + path);
-    }
-    return Status();
+    std::unique_ptr<io::OutputFile> file;
+    if (Status s = io::OutputFile::create(path, file); !s) return s;
+    if (Status s = write(*file); !s) return s;
+    return file->commit();
 }
 
 }  // namespace aafkit::cfb

@@ -1,6 +1,6 @@
 #pragma once
-// Builds a compound file in memory: version 4, 4096-byte sectors, streams
-// shorter than the cutoff in the mini stream, balanced sibling trees.
+// Builds a compound file: version 4, 4096-byte sectors, streams shorter than
+// the cutoff in the mini stream, balanced sibling trees, written in file order.
 // Calls that name a missing parent are remembered and reported by write().
 #include <cstdint>
 #include <string>
@@ -9,14 +9,14 @@
 #include "aafkit/Status.h"
 #include "aafkit/cfb/DirectoryEntry.h"
 
-namespace aafkit {
-class ByteWriter;
-}
+#include "aafkit/io/OutputFile.h"
+#include "aafkit/io/StreamContent.h"
 
 namespace aafkit::cfb {
 
 struct EntryRecord;
 class SectorLayout;
+class StagedOutput;
 
 class CompoundFileWriter {
 public:
@@ -26,7 +26,11 @@ public:
     void setClsid(uint32_t storage, const uint8_t clsid[16]);
     uint32_t addStorage(uint32_t parent, std::string name, const uint8_t clsid[16]);
     void addStream(uint32_t parent, std::string name, std::vector<uint8_t> data);
+    // Content read a chunk at a time while the file is written; it must outlive write().
+    void addStream(uint32_t parent, std::string name, const StreamContent& content);
 
+    // Writes the file front to back; memory does not grow with the streams' content.
+    Status write(io::OutputSink& out) const;
     Status write(std::vector<uint8_t>& out) const;  // the whole file image
     Status writeFile(const std::string& path) const;  // via a temporary file beside `path`
 
@@ -37,15 +41,17 @@ private:
         uint8_t clsid[16];
         std::vector<uint32_t> children;
         std::vector<uint8_t> data;
+        const StreamContent* content = nullptr;  // instead of data when set
+        uint64_t size() const { return content ? content->size() : data.size(); }
     };
 
     bool isStorage(uint32_t id) const;
     uint32_t addNode(uint32_t parent, std::string name, EntryType type, const uint8_t clsid[16]);
     Status makeRecords(std::vector<EntryRecord>& records) const;
     Status linkChildren(const std::vector<std::u16string>& names, std::vector<EntryRecord>& records) const;
-    void writeHeader(const SectorLayout& layout, ByteWriter& out) const;
-    static void writeDirectory(const std::vector<EntryRecord>& records, ByteWriter& out);
-    void writeStreamData(bool mini, ByteWriter& out) const;
+    void writeHeader(const SectorLayout& layout, StagedOutput& out) const;
+    static Status writeDirectory(const std::vector<EntryRecord>& records, StagedOutput& out);
+    Status writeStreamData(bool mini, StagedOutput& out) const;
 
     std::vector<Node> nodes_;
     std::string misuse_;  // the first bad call, reported by write()

@@ -9,6 +9,7 @@
 #include "../meta/Ids.h"
 #include "../meta/MetaDictionaryReader.h"
 #include "StorageNames.h"
+#include "StoredStream.h"
 
 namespace aafkit {
 
@@ -129,9 +130,11 @@ Status ObjectLoader::loadValue(const Pending& item, Property& p, const uint8_t* 
         return loadWeakCollection(*item.storage, p);
     case StoredForm::DataStream: {
         if (p.data.size() < 3 || p.data[0] != 0x55) return Status::error("malformed stream reference in " + where());
-        std::vector<uint8_t> bytes;
-        if (Status s = readNamedStream(*item.storage, streamName(p), bytes); !s) return s;
-        p.stream = std::make_unique<MemoryStream>(std::move(bytes));
+        const std::string name = streamName(p);
+        const cfb::DirectoryEntry* stream = cfb_.child(*item.storage, name);
+        if (!stream || stream->type != cfb::EntryType::Stream)
+            return Status::error("missing stream \"" + name + "\" in \"" + item.storage->name + "\"");
+        p.stream = std::make_unique<StoredStream>(cfb_, *stream);
         return Status();
     }
     default:

@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "Bytes.h"
-#include "StreamContent.h"
+#include "../io/StreamContent.h"
 
 namespace aafkit {
 

@@ -129,17 +129,17 @@ void ObjectSaver::saveWeakIndex(const Property& p, uint32_t storage, const std::
 }
 
 // A data stream's value is its stream's name after a byte-order byte; new streams are named like references.
+// The content is copied from its source while the file is written, a chunk at a time.
 Status ObjectSaver::encodeStream(const Property& p, uint32_t storage, ByteWriter& w) {
-    std::vector<uint8_t> bytes;
+    const std::string name = p.data.empty() ? baseName(p, kStrongRefNameLength) : streamName(p);
     if (p.stream)
-        if (Status s = readAll(*p.stream, bytes); !s) return s;
+        out_.addStream(storage, name, *p.stream);
+    else
+        out_.addStream(storage, name, std::vector<uint8_t>());
     if (!p.data.empty()) {
-        out_.addStream(storage, streamName(p), std::move(bytes));
         w.bytes(p.data.data(), p.data.size());
         return Status();
     }
-    const std::string name = baseName(p, kStrongRefNameLength);
-    out_.addStream(storage, name, std::move(bytes));
     const std::vector<uint8_t> stored = wideToUtf16(std::wstring(name.begin(), name.end()));
     w.u8(kStreamByteOrder);
     w.bytes(stored.data(), stored.size());

@@ -1,0 +1,24 @@
+#pragma once
+// A data stream of a loaded file, read from the file on request: loading an
+// object never reads its essence.
+#include "../cfb/CompoundFileReader.h"
+#include "../io/StreamContent.h"
+
+namespace aafkit {
+
+class StoredStream : public StreamContent {
+public:
+    StoredStream(const cfb::CompoundFileReader& storage, const cfb::DirectoryEntry& entry)
+        : storage_(storage), entry_(entry) {}
+    uint64_t size() const override { return entry_.size; }
+    Status read(uint64_t offset, uint8_t* out, size_t n) const override {
+        return storage_.readStreamRange(entry_, offset, out, n, cursor_);
+    }
+
+private:
+    const cfb::CompoundFileReader& storage_;
+    const cfb::DirectoryEntry& entry_;
+    mutable cfb::ChainCursor cursor_;  // sequential reads walk the chain once
+};
+
+}  // namespace aafkit
