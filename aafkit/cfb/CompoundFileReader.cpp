@@ -285,26 +285,44 @@ Status CompoundFileReader::readSector(uint32_t id, uint8_t* out) const {
 
 Status CompoundFileReader::readUnits(bool mini, uint32_t id, uint32_t within, uint8_t* out, size_t n) const {
     if (mini) return readMiniUnit(id, within, out, n);
-    return input_->read((uint64_t(id) + 1) * sectorSize_ + within, out, n);
+    return readRange((uint64_t(id) + 1) * sectorSize_ + within, out, n);
 }
 
 Status CompoundFileReader::readMiniUnit(uint32_t id, uint32_t within, uint8_t* out, size_t n) const {
     const uint64_t offset = uint64_t(id) * kMiniSectorSize + within;
     const uint64_t index = offset / sectorSize_;
     if (index >= miniStreamSectors_.size()) return fail("mini sector outside the mini stream", "mini sector", id);
-    const uint32_t sector = miniStreamSectors_[size_t(index)];
-    if (cache_.empty()) {
-        cache_.resize(kCachedSectors * sectorSize_);
-        cachedIds_.fill(kNoStream);
+    return readUnits(false, miniStreamSectors_[size_t(index)], uint32_t(offset % sectorSize_), out, n);
+}
+
+Status CompoundFileReader::readRange(uint64_t offset, uint8_t* out, size_t n) const {
+    return n >= kBlockSize ? input_->read(offset, out, n) : readCached(offset, out, n);
+}
+
+Status CompoundFileReader::readCached(uint64_t offset, uint8_t* out, size_t n) const {
+    if (!cache_) {
+        cache_.reset(new uint8_t[kCachedBlocks * kBlockSize]);
+        cachedBlocks_.fill(UINT64_MAX);
     }
-    const size_t slot = sector % kCachedSectors;
-    uint8_t* cached = cache_.data() + slot * sectorSize_;
-    if (cachedIds_[slot] != sector) {
-        cachedIds_[slot] = kNoStream;
-        if (Status s = readSector(sector, cached); !s) return s;
-        cachedIds_[slot] = sector;
+    while (n > 0) {
+        const uint64_t block = offset / kBlockSize;
+        const size_t slot = size_t(block % kCachedBlocks);
+        uint8_t* cached = cache_.get() + slot * kBlockSize;
+        const uint64_t start = block * kBlockSize;
+        const size_t available = size_t(std::min<uint64_t>(kBlockSize, input_->size() - std::min(start, input_->size())));
+        if (cachedBlocks_[slot] != block) {
+            cachedBlocks_[slot] = UINT64_MAX;
+            if (Status s = input_->read(start, cached, available); !s) return s;
+            cachedBlocks_[slot] = block;
+        }
+        const size_t within = size_t(offset - start);
+        if (within >= available) return input_->read(offset, out, n);  // past the end: the file says where
+        const size_t take = std::min(n, available - within);
+        std::memcpy(out, cached + within, take);
+        offset += take;
+        out += take;
+        n -= take;
     }
-    std::memcpy(out, cached + offset % sectorSize_, n);
     return Status();
 }
 

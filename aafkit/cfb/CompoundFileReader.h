@@ -69,10 +69,14 @@ private:
     std::vector<uint32_t> miniStreamSectors_;
     std::vector<DirectoryEntry> entries_;  // children sorted by name for child()
 
-    // Mini streams are read 64 bytes at a time: the sectors that hold them are cached.
-    static constexpr size_t kCachedSectors = 64;
-    mutable std::vector<uint8_t> cache_;
-    mutable std::array<uint32_t, kCachedSectors> cachedIds_{};
+    // Metadata is read in pieces of 64 to 4096 bytes, mostly in file order: small
+    // reads go through a cache of aligned blocks, large ones straight to the file.
+    static constexpr size_t kBlockSize = 64 * 1024;
+    static constexpr size_t kCachedBlocks = 32;
+    Status readCached(uint64_t offset, uint8_t* out, size_t n) const;
+    Status readRange(uint64_t offset, uint8_t* out, size_t n) const;
+    mutable std::unique_ptr<uint8_t[]> cache_;  // not zeroed: every block is read before use
+    mutable std::array<uint64_t, kCachedBlocks> cachedBlocks_{};
 };
 
 }  // namespace aafkit::cfb
