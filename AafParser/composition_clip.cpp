@@ -64,9 +64,12 @@ AAFRESULT readClip(const Object& sourceClip, TrackClip& clip, Track& track, cons
     if ((result = GetMobSlotWithID(*mob, reference.sourceSlotID, slot)) != AAFRESULT_SUCCESS) return result;
     if (AAF_FAILED(result = aafkit::getUInt32(*slot, PID_MobSlot_PhysicalTrackNumber, clip.physicalNumber)))
         return result;
-    if (AAF_FAILED(result = readText(*mob, PID_Mob_Name, clip.clipName, kTextLength))) return result;
+    wchar_t text[kTextLength];
+    if (AAF_FAILED(result = readText(*mob, PID_Mob_Name, text, kTextLength))) return result;
+    clip.clipName.assign(text);
     clip.slotId = reference.sourceSlotID;
-    mobId2String(clip.mobIdText, reference.sourceID, kTextLength);
+    mobId2String(text, reference.sourceID, kTextLength);
+    clip.mobIdText.assign(text);
     return AAFRESULT_SUCCESS;
 }
 

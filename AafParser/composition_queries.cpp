@@ -44,13 +44,13 @@ int64_t toEditUnits(double value) {
     return int64_t(value);
 }
 
-using ClipText = wchar_t (TrackClip::*)[kTextLength];
+using ClipText = EventText TrackClip::*;
 
 // Only clips carry texts; any other event gives an empty one.
 AAFRESULT copyClipText(TrackEvent* event, ClipText text, wchar_t* buffer, int32_t length) {
     if (!event || !buffer || length < 1) return kInvalidArgument;
     TrackClip* clip = asKind<TrackClip>(event, kEventClip);
-    return copyTextToHost(clip ? clip->*text : L"", buffer, length);
+    return copyTextToHost(clip ? (clip->*text).c_str() : L"", buffer, length);
 }
 
 }  // namespace

@@ -1,6 +1,7 @@
 #pragma once
 // Runs a program as a child process and answers its wall time and peak memory
 // (wait4's rusage of that one child), for benchmarks of whole commands.
+#include <fcntl.h>
 #include <spawn.h>
 #include <sys/resource.h>
 #include <sys/wait.h>

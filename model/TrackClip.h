@@ -10,8 +10,8 @@ class TrackClip : public TrackEvent {
 public:
     uint32_t getType() override { return kEventClip; }
 
-    wchar_t clipName[kTextLength] = {};
-    wchar_t mobIdText[kTextLength] = {};
+    EventText clipName;
+    EventText mobIdText;
     aafMobID_t mobId = {};
     uint32_t slotId = 0;
     uint32_t physicalNumber = 0;

@@ -22,7 +22,7 @@ protected:
         clip = new TrackClip;
         clip->length = 100;
         clip->inPoint = 3;
-        std::wcscpy(clip->clipName, L"ABCDEFGHIJ");
+        clip->clipName.assign(L"ABCDEFGHIJ");
         auto* filler = new Filler;
         transition = new Transition;
         transition->length = 5;
