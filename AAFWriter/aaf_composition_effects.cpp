@@ -82,8 +82,8 @@ bool definitionId(const Object& definition, aafUID_t& out) {
 // The value type a parameter definition names.
 bool parameterType(const Object& definition, aafUID_t& out) {
     const aafkit::Property* type = definition.find(PID_ParameterDefinition_Type);
-    if (!type || type->weak.size() != 1 || type->weak[0].key.size() != 16) return false;
-    out = aafkit::decodeAuid(type->weak[0].key.data());
+    if (!type || type->weak().size() != 1 || type->weak()[0].key.size() != 16) return false;
+    out = aafkit::decodeAuid(type->weak()[0].key.data());
     return true;
 }
 
@@ -92,7 +92,7 @@ bool declaresParameter(const Object& operationDef, const aafUID_t& parameterId) 
     if (!defined) return false;
     uint8_t key[16];
     aafkit::encodeAuid(parameterId, key);
-    for (const aafkit::WeakReference& reference : defined->weak)
+    for (const aafkit::WeakReference& reference : defined->weak())
         if (reference.key == std::vector<uint8_t>(key, key + 16)) return true;
     return false;
 }

@@ -10,7 +10,7 @@ namespace aafkit {
 namespace {
 
 void setMetaReference(Object& o, uint16_t pid, uint16_t metaSetPid, const aafUID_t& id) {
-    o.ensure(pid, StoredForm::WeakRef).weak.assign(1, o.file().metaReference(metaSetPid, id));
+    o.ensure(pid, StoredForm::WeakRef).weak().assign(1, o.file().metaReference(metaSetPid, id));
 }
 
 }  // namespace
@@ -65,9 +65,9 @@ AAFRESULT addWeakReference(Object& o, uint16_t pid, StoredForm form, const Objec
     if (!o.file().referenceTo(target, reference)) return AAFRESULT_INVALID_PARAM;
     Property& p = o.ensure(pid, form);
     if (form == StoredForm::WeakRefSet)
-        for (const WeakReference& existing : p.weak)
+        for (const WeakReference& existing : p.weak())
             if (existing.key == reference.key) return AAFRESULT_SUCCESS;
-    p.weak.push_back(std::move(reference));
+    p.weak().push_back(std::move(reference));
     return AAFRESULT_SUCCESS;
 }
 

@@ -108,7 +108,7 @@ Object* File::create(const aafUID_t& classId) {
     const meta::ClassDef* cls = model_.findClass(classId);
     if (!cls || !cls->concrete) return nullptr;
     Object* object = newObject(classId, cls);
-    object->properties().reserve(8);  // most objects get a handful of properties, one at a time
+    object->properties().reserve(4);  // most objects get a handful of properties, one at a time
     return object;
 }
 

@@ -100,8 +100,8 @@ AAFRESULT getBytes(const Object& o, uint16_t pid, std::vector<uint8_t>& out) {
 AAFRESULT getObject(const Object& o, uint16_t pid, Object*& out) {
     const Property* p = o.find(pid);
     if (!p) return AAFRESULT_PROP_NOT_PRESENT;
-    if (p->storedForm() != StoredForm::StrongRef || p->objects.size() != 1) return AAFRESULT_BAD_PROP;
-    out = p->objects[0];
+    if (p->storedForm() != StoredForm::StrongRef || p->objects().size() != 1) return AAFRESULT_BAD_PROP;
+    out = p->objects()[0];
     return AAFRESULT_SUCCESS;
 }
 
@@ -110,23 +110,23 @@ AAFRESULT getObjects(const Object& o, uint16_t pid, const std::vector<Object*>*&
     if (!p) return AAFRESULT_PROP_NOT_PRESENT;
     if (p->storedForm() != StoredForm::StrongRefVector && p->storedForm() != StoredForm::StrongRefSet)
         return AAFRESULT_BAD_PROP;
-    out = &p->objects;
+    out = &p->objects();
     return AAFRESULT_SUCCESS;
 }
 
 AAFRESULT getStream(const Object& o, uint16_t pid, const StreamContent*& out) {
     const Property* p = o.find(pid);
     if (!p) return AAFRESULT_PROP_NOT_PRESENT;
-    if (p->storedForm() != StoredForm::DataStream || !p->stream) return AAFRESULT_BAD_PROP;
-    out = p->stream.get();
+    if (p->storedForm() != StoredForm::DataStream || !p->stream()) return AAFRESULT_BAD_PROP;
+    out = p->stream();
     return AAFRESULT_SUCCESS;
 }
 
 AAFRESULT getReferenced(const Object& o, uint16_t pid, Object*& out) {
     const Property* p = o.find(pid);
     if (!p) return AAFRESULT_PROP_NOT_PRESENT;
-    if (p->storedForm() != StoredForm::WeakRef || p->weak.size() != 1) return AAFRESULT_BAD_PROP;
-    Object* target = o.file().resolve(p->weak[0]);
+    if (p->storedForm() != StoredForm::WeakRef || p->weak().size() != 1) return AAFRESULT_BAD_PROP;
+    Object* target = o.file().resolve(p->weak()[0]);
     if (!target) return AAFRESULT_OBJECT_NOT_FOUND;
     out = target;
     return AAFRESULT_SUCCESS;
@@ -208,21 +208,21 @@ void setIndirect(Object& o, uint16_t pid, const aafUID_t& type, const void* valu
 
 void setStream(Object& o, uint16_t pid, std::unique_ptr<StreamContent> content) {
     Property& p = o.ensure(pid, StoredForm::DataStream);
-    p.stream = std::move(content);
+    p.setStream(std::move(content));
 }
 
 AAFRESULT setObject(Object& o, uint16_t pid, Object& child) {
     if (child.container()) return AAFRESULT_OBJECT_ALREADY_ATTACHED;
     Property& p = o.ensure(pid, StoredForm::StrongRef);
-    for (Object* old : p.objects) old->attach(nullptr, 0);
-    p.objects.assign(1, &child);
+    for (Object* old : p.objects()) old->attach(nullptr, 0);
+    p.objects().assign(1, &child);
     child.attach(&o, pid);
     return AAFRESULT_SUCCESS;
 }
 
 AAFRESULT appendObject(Object& o, uint16_t pid, Object& child) {
     if (child.container()) return AAFRESULT_OBJECT_ALREADY_ATTACHED;
-    o.ensure(pid, StoredForm::StrongRefVector).objects.push_back(&child);
+    o.ensure(pid, StoredForm::StrongRefVector).objects().push_back(&child);
     child.attach(&o, pid);
     return AAFRESULT_SUCCESS;
 }
@@ -232,19 +232,19 @@ AAFRESULT addToSet(Object& o, uint16_t pid, Object& child) {
     SetKey key;
     if (!setKeyOf(child, key)) return AAFRESULT_INVALID_PARAM;
     Property& p = o.ensure(pid, StoredForm::StrongRefSet);
-    auto position = std::lower_bound(p.objects.begin(), p.objects.end(), key.bytes,
+    auto position = std::lower_bound(p.objects().begin(), p.objects().end(), key.bytes,
                                      [](const Object* element, const Bytes& k) {
                                          SetKey ek;
                                          setKeyOf(*element, ek);
                                          return ek.bytes < k;
                                      });
-    if (position != p.objects.end()) {
+    if (position != p.objects().end()) {
         SetKey existing;
         if (setKeyOf(**position, existing) && existing.bytes == key.bytes) return AAFRESULT_INVALID_PARAM;
     }
     p.keyPid = key.keyPid;
     p.keySize = uint8_t(key.bytes.size());
-    p.objects.insert(position, &child);
+    p.objects().insert(position, &child);
     child.attach(&o, pid);
     o.file().setsChanged();
     return AAFRESULT_SUCCESS;
@@ -254,7 +254,7 @@ AAFRESULT setReference(Object& o, uint16_t pid, const Object& target) {
     WeakReference reference;
     if (!o.file().referenceTo(target, reference)) return AAFRESULT_INVALID_PARAM;
     Property& p = o.ensure(pid, StoredForm::WeakRef);
-    p.weak.assign(1, std::move(reference));
+    p.weak().assign(1, std::move(reference));
     return AAFRESULT_SUCCESS;
 }
 

@@ -16,7 +16,7 @@ namespace {
 size_t walk(const aafkit::Object& object) {
     size_t count = 1;
     for (const aafkit::Property& p : object.properties())
-        for (const aafkit::Object* child : p.objects) count += walk(*child);
+        for (const aafkit::Object* child : p.objects()) count += walk(*child);
     return count;
 }
 

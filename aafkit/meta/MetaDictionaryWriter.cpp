@@ -90,7 +90,7 @@ void MetaDictionaryWriter::setMetaReference(Object& o, uint16_t pid, uint16_t se
 void MetaDictionaryWriter::setMetaReferences(Object& o, uint16_t pid, uint16_t setPid,
                                              const std::vector<aafUID_t>& targets) {
     Property& p = o.ensure(pid, StoredForm::WeakRefVector);
-    for (const aafUID_t& target : targets) p.weak.push_back(file_.metaReference(setPid, target));
+    for (const aafUID_t& target : targets) p.weak().push_back(file_.metaReference(setPid, target));
 }
 
 void MetaDictionaryWriter::writeClass(Object& dictionary, const ClassDef& cls) {

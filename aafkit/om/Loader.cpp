@@ -112,7 +112,7 @@ Status ObjectLoader::loadValue(const Pending& item, Property& p, const uint8_t* 
     case StoredForm::StrongRef: {
         Object* child = nullptr;
         if (Status s = addChild(item, storedName(p), p, child); !s) return s;
-        p.objects.push_back(child);
+        p.objects().push_back(child);
         return Status();
     }
     case StoredForm::StrongRefVector:
@@ -121,8 +121,8 @@ Status ObjectLoader::loadValue(const Pending& item, Property& p, const uint8_t* 
         return loadSet(item, p);
     case StoredForm::WeakRef: {
         ByteReader in(value, p.data.size());
-        p.weak.emplace_back();
-        if (!readWeak(in, p.weak.back())) return Status::error("malformed weak reference in " + where());
+        p.weak().emplace_back();
+        if (!readWeak(in, p.weak().back())) return Status::error("malformed weak reference in " + where());
         return Status();
     }
     case StoredForm::WeakRefVector:
@@ -134,7 +134,7 @@ Status ObjectLoader::loadValue(const Pending& item, Property& p, const uint8_t* 
         const cfb::DirectoryEntry* stream = cfb_.child(*item.storage, name);
         if (!stream || stream->type != cfb::EntryType::Stream)
             return Status::error("missing stream \"" + name + "\" in \"" + item.storage->name + "\"");
-        p.stream = std::make_unique<StoredStream>(cfb_, *stream);
+        p.setStream(std::make_unique<StoredStream>(cfb_, *stream));
         return Status();
     }
     default:
@@ -175,13 +175,13 @@ Status ObjectLoader::loadVector(const Pending& item, Property& p) {
     uint32_t count = 0, nextFree = 0, lastFree = 0;
     if (!in.u32(count) || !in.u32(nextFree) || !in.u32(lastFree) || count > in.remaining() / 4)
         return Status::error("malformed index \"" + base + " index\" in \"" + item.storage->name + "\"");
-    p.objects.reserve(count);
+    p.objects().reserve(count);
     for (uint32_t i = 0; i < count; ++i) {
         uint32_t localKey = 0;
         in.u32(localKey);
         Object* child = nullptr;
         if (Status s = addChild(item, base + "{" + hexText(localKey) + "}", p, child); !s) return s;
-        p.objects.push_back(child);
+        p.objects().push_back(child);
     }
     return Status();
 }
@@ -209,7 +209,7 @@ Status ObjectLoader::loadSet(const Pending& item, Property& p) {
     // Sets enumerate in key order, whatever order the file stored them in.
     std::stable_sort(elements.begin(), elements.end(),
                      [](const auto& a, const auto& b) { return a.first < b.first; });
-    for (auto& element : elements) p.objects.push_back(element.second);
+    for (auto& element : elements) p.objects().push_back(element.second);
     return Status();
 }
 
@@ -228,7 +228,7 @@ Status ObjectLoader::loadWeakCollection(const cfb::DirectoryEntry& storage, Prop
     for (uint32_t i = 0; i < count; ++i) {
         const uint8_t* key = nullptr;
         if (!in.bytes(keySize, key)) return Status::error("truncated weak index " + where);
-        p.weak.push_back({tag, keyPid, Bytes(key, keySize)});
+        p.weak().push_back({tag, keyPid, Bytes(key, keySize)});
     }
     return Status();
 }

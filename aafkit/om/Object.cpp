@@ -6,6 +6,8 @@
 
 namespace aafkit {
 
+const PropertyLinks Property::kNoLinks;
+
 bool Object::isA(const aafUID_t& baseClassId) const {
     if (!classDef_) return false;
     const meta::ClassDef* base = file_->model().findClass(baseClassId);

@@ -30,21 +30,30 @@ struct WeakReference {
     Bytes key;
 };
 
+// What only reference and stream properties have, kept apart so that a data
+// property (most of them) costs its value and a few bytes.
+struct PropertyLinks {
+    std::vector<Object*> objects;      // StrongRef: one object; vectors in order; sets in key order
+    std::vector<WeakReference> weak;   // WeakRef: one; weak vectors and sets: the elements in stored order
+    std::unique_ptr<StreamContent> stream;  // DataStream: the content (the stream sits beside "properties")
+};
+
 struct Property {
     uint16_t pid = 0;
     uint16_t form = 0;  // a StoredForm, or an unknown form kept as raw bytes
-    // Data: the encoded value. Strong and weak collections: the stored base name
-    // (UTF-16LE) as read, empty for new properties. Other forms: the raw value.
-    Bytes data;
-    // StrongRef: one object; vectors in order; sets in key order.
-    std::vector<Object*> objects;
-    // WeakRef: one; weak vectors and sets: the elements in stored order.
-    std::vector<WeakReference> weak;
     // Sets: the key property of the elements and its size, as the index names them.
     uint16_t keyPid = 0;
     uint8_t keySize = 0;
-    // DataStream: the stream's content (the stream sits beside "properties").
-    std::unique_ptr<StreamContent> stream;
+    // Data: the encoded value. Strong and weak collections: the stored base name
+    // (UTF-16LE) as read, empty for new properties. Other forms: the raw value.
+    Bytes data;
+
+    const std::vector<Object*>& objects() const { return links ? links->objects : kNoLinks.objects; }
+    std::vector<Object*>& objects() { return ensureLinks().objects; }
+    const std::vector<WeakReference>& weak() const { return links ? links->weak : kNoLinks.weak; }
+    std::vector<WeakReference>& weak() { return ensureLinks().weak; }
+    const StreamContent* stream() const { return links ? links->stream.get() : nullptr; }
+    void setStream(std::unique_ptr<StreamContent> content) { ensureLinks().stream = std::move(content); }
 
     StoredForm storedForm() const { return StoredForm(form); }
     bool isStrong() const {
@@ -55,6 +64,14 @@ struct Property {
         return storedForm() == StoredForm::WeakRef || storedForm() == StoredForm::WeakRefVector ||
                storedForm() == StoredForm::WeakRefSet;
     }
+
+private:
+    static const PropertyLinks kNoLinks;
+    PropertyLinks& ensureLinks() {
+        if (!links) links = std::make_unique<PropertyLinks>();
+        return *links;
+    }
+    std::unique_ptr<PropertyLinks> links;
 };
 
 }  // namespace aafkit

@@ -85,24 +85,24 @@ void ObjectSaver::saveChild(const Object& child, uint32_t storage, const std::st
 void ObjectSaver::saveVector(const Property& p, uint32_t storage, const std::string& base) {
     std::vector<uint8_t> index;
     ByteWriter w(index);
-    w.u32(uint32_t(p.objects.size()));
-    w.u32(uint32_t(p.objects.size()));
+    w.u32(uint32_t(p.objects().size()));
+    w.u32(uint32_t(p.objects().size()));
     w.u32(kNoFreeKey);
-    for (uint32_t i = 0; i < p.objects.size(); ++i) w.u32(i);
+    for (uint32_t i = 0; i < p.objects().size(); ++i) w.u32(i);
     out_.addStream(storage, base + " index", std::move(index));
-    for (uint32_t i = 0; i < p.objects.size(); ++i)
-        saveChild(*p.objects[i], storage, base + "{" + hexText(i) + "}");
+    for (uint32_t i = 0; i < p.objects().size(); ++i)
+        saveChild(*p.objects()[i], storage, base + "{" + hexText(i) + "}");
 }
 
 Status ObjectSaver::saveSet(const Property& p, uint32_t storage, const std::string& base) {
-    std::vector<SetKey> keys(p.objects.size());
-    for (size_t i = 0; i < p.objects.size(); ++i)
-        if (!setKeyOf(*p.objects[i], keys[i]))
+    std::vector<SetKey> keys(p.objects().size());
+    for (size_t i = 0; i < p.objects().size(); ++i)
+        if (!setKeyOf(*p.objects()[i], keys[i]))
             return Status::error("a set element of property 0x" + hexText(p.pid) + " has no key");
     std::vector<uint8_t> index;
     ByteWriter w(index);
-    w.u32(uint32_t(p.objects.size()));
-    w.u32(uint32_t(p.objects.size()));
+    w.u32(uint32_t(p.objects().size()));
+    w.u32(uint32_t(p.objects().size()));
     w.u32(kNoFreeKey);
     w.u16(keys.empty() ? p.keyPid : keys[0].keyPid);
     w.u8(uint8_t(keys.empty() ? p.keySize : keys[0].bytes.size()));
@@ -112,19 +112,19 @@ Status ObjectSaver::saveSet(const Property& p, uint32_t storage, const std::stri
         w.bytes(keys[i].bytes.data(), keys[i].bytes.size());
     }
     out_.addStream(storage, base + " index", std::move(index));
-    for (uint32_t i = 0; i < p.objects.size(); ++i)
-        saveChild(*p.objects[i], storage, base + "{" + hexText(i) + "}");
+    for (uint32_t i = 0; i < p.objects().size(); ++i)
+        saveChild(*p.objects()[i], storage, base + "{" + hexText(i) + "}");
     return Status();
 }
 
 void ObjectSaver::saveWeakIndex(const Property& p, uint32_t storage, const std::string& base) {
     std::vector<uint8_t> index;
     ByteWriter w(index);
-    w.u32(uint32_t(p.weak.size()));
-    w.u16(p.weak.empty() ? 0 : uint16_t(p.weak[0].pathId));
-    w.u16(p.weak.empty() ? 0 : p.weak[0].keyPid);
-    w.u8(p.weak.empty() ? 0 : uint8_t(p.weak[0].key.size()));
-    for (const WeakReference& r : p.weak) w.bytes(r.key.data(), r.key.size());
+    w.u32(uint32_t(p.weak().size()));
+    w.u16(p.weak().empty() ? 0 : uint16_t(p.weak()[0].pathId));
+    w.u16(p.weak().empty() ? 0 : p.weak()[0].keyPid);
+    w.u8(p.weak().empty() ? 0 : uint8_t(p.weak()[0].key.size()));
+    for (const WeakReference& r : p.weak()) w.bytes(r.key.data(), r.key.size());
     out_.addStream(storage, base + " index", std::move(index));
 }
 
@@ -132,8 +132,8 @@ void ObjectSaver::saveWeakIndex(const Property& p, uint32_t storage, const std::
 // The content is copied from its source while the file is written, a chunk at a time.
 Status ObjectSaver::encodeStream(const Property& p, uint32_t storage, ByteWriter& w) {
     const std::string name = p.data.empty() ? baseName(p, kStrongRefNameLength) : streamName(p);
-    if (p.stream)
-        out_.addStream(storage, name, *p.stream);
+    if (p.stream())
+        out_.addStream(storage, name, *p.stream());
     else
         out_.addStream(storage, name, std::vector<uint8_t>());
     if (!p.data.empty()) {
@@ -151,8 +151,8 @@ Status ObjectSaver::encode(const Property& p, uint32_t storage, std::vector<uint
     ByteWriter w(out);
     const StoredForm form = p.storedForm();
     if (form == StoredForm::WeakRef) {
-        if (p.weak.size() != 1) return Status::error("weak reference 0x" + hexText(p.pid) + " without target");
-        const WeakReference& r = p.weak[0];
+        if (p.weak().size() != 1) return Status::error("weak reference 0x" + hexText(p.pid) + " without target");
+        const WeakReference& r = p.weak()[0];
         w.u16(uint16_t(r.pathId));
         w.u16(r.keyPid);
         w.u8(uint8_t(r.key.size()));
@@ -173,8 +173,8 @@ Status ObjectSaver::encode(const Property& p, uint32_t storage, std::vector<uint
     }
     switch (form) {
     case StoredForm::StrongRef:
-        if (p.objects.size() != 1) return Status::error("strong reference 0x" + hexText(p.pid) + " without object");
-        saveChild(*p.objects[0], storage, name);
+        if (p.objects().size() != 1) return Status::error("strong reference 0x" + hexText(p.pid) + " without object");
+        saveChild(*p.objects()[0], storage, name);
         return Status();
     case StoredForm::StrongRefVector:
         saveVector(p, storage, name);

@@ -130,7 +130,7 @@ TEST(NewFile, MasterAndCompositionMobsRoundTrip) {
     EXPECT_EQ(name, L"clip \U0001F3AC");
     aafkit::Object* slot = nullptr;
     aafkit::Object* segment = nullptr;
-    slot = (*loaded->lookupMob(mobId(2))->find(PID_Mob_Slots)).objects.at(0);
+    slot = (*loaded->lookupMob(mobId(2))->find(PID_Mob_Slots)).objects().at(0);
     ASSERT_EQ(aafkit::getObject(*slot, PID_MobSlot_Segment, segment), AAFRESULT_SUCCESS);
     aafkit::Object* definition = nullptr;
     ASSERT_EQ(aafkit::getReferenced(*segment, PID_Component_DataDefinition, definition), AAFRESULT_SUCCESS);

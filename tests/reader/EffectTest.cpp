@@ -47,7 +47,7 @@ TEST_F(Effects, GroupWhoseDefinitionIsMissingIsDroppedWithItsInputs) {
     aafkit::appendComponent(sequence, s.filler(4));
     aafkit::appendComponent(sequence, gain);
     compose(sequence);
-    s.file().dictionary()->find(PID_Dictionary_OperationDefinitions)->objects.clear();
+    s.file().dictionary()->find(PID_Dictionary_OperationDefinitions)->objects().clear();
     s.file().setsChanged();
     EXPECT_EQ(readertest::lines(s.parse()).size(), 1u);
     ASSERT_EQ(GetNumEvents(0, c()), 1u) << "only the filler before the group";

@@ -19,12 +19,12 @@ inline std::string hexPid(uint16_t pid) {
 
 // Data streams compare by content, a chunk at a time.
 inline bool sameStream(const aafkit::Property& a, const aafkit::Property& b) {
-    if (!a.stream || !b.stream) return !a.stream == !b.stream;
-    if (a.stream->size() != b.stream->size()) return false;
+    if (!a.stream() || !b.stream()) return !a.stream() == !b.stream();
+    if (a.stream()->size() != b.stream()->size()) return false;
     std::vector<uint8_t> chunkA(aafkit::kCopyChunk), chunkB(aafkit::kCopyChunk);
-    for (uint64_t at = 0; at < a.stream->size(); at += aafkit::kCopyChunk) {
-        const size_t n = size_t(std::min<uint64_t>(aafkit::kCopyChunk, a.stream->size() - at));
-        if (!a.stream->read(at, chunkA.data(), n) || !b.stream->read(at, chunkB.data(), n)) return false;
+    for (uint64_t at = 0; at < a.stream()->size(); at += aafkit::kCopyChunk) {
+        const size_t n = size_t(std::min<uint64_t>(aafkit::kCopyChunk, a.stream()->size() - at));
+        if (!a.stream()->read(at, chunkA.data(), n) || !b.stream()->read(at, chunkB.data(), n)) return false;
         if (std::memcmp(chunkA.data(), chunkB.data(), n) != 0) return false;
     }
     return true;
@@ -43,14 +43,14 @@ inline std::string firstDifference(const aafkit::File& fa, const aafkit::Object&
         if (pa.form != pb->form) return at + ": form differs";
         if (!pa.isStrong() && !pa.isWeak() && pa.data != pb->data) return at + ": value differs";
         if (!sameStream(pa, *pb)) return at + ": stream differs";
-        if (pa.weak.size() != pb->weak.size()) return at + ": reference count differs";
-        for (size_t w = 0; w < pa.weak.size(); ++w)
-            if (fa.paths()[pa.weak[w].pathId] != fb.paths()[pb->weak[w].pathId] ||
-                pa.weak[w].key != pb->weak[w].key || pa.weak[w].keyPid != pb->weak[w].keyPid)
+        if (pa.weak().size() != pb->weak().size()) return at + ": reference count differs";
+        for (size_t w = 0; w < pa.weak().size(); ++w)
+            if (fa.paths()[pa.weak()[w].pathId] != fb.paths()[pb->weak()[w].pathId] ||
+                pa.weak()[w].key != pb->weak()[w].key || pa.weak()[w].keyPid != pb->weak()[w].keyPid)
                 return at + ": weak reference differs";
-        if (pa.objects.size() != pb->objects.size()) return at + ": element count differs";
-        for (size_t o = 0; o < pa.objects.size(); ++o) {
-            std::string d = firstDifference(fa, *pa.objects[o], fb, *pb->objects[o], at + "[" + std::to_string(o) + "]");
+        if (pa.objects().size() != pb->objects().size()) return at + ": element count differs";
+        for (size_t o = 0; o < pa.objects().size(); ++o) {
+            std::string d = firstDifference(fa, *pa.objects()[o], fb, *pb->objects()[o], at + "[" + std::to_string(o) + "]");
             if (!d.empty()) return d;
         }
     }

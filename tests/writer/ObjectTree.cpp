@@ -98,8 +98,8 @@ private:
     void collectReferencedKeys(const Object& o) {
         for (const Property& p : o.properties()) {
             if (p.pid == aafkit::meta::kRootMetaDictionaryPid) continue;
-            for (const aafkit::WeakReference& reference : p.weak) referenced_.insert(reference.key);
-            for (const Object* child : p.objects) collectReferencedKeys(*child);
+            for (const aafkit::WeakReference& reference : p.weak()) referenced_.insert(reference.key);
+            for (const Object* child : p.objects()) collectReferencedKeys(*child);
         }
     }
 
@@ -133,12 +133,12 @@ private:
         case StoredForm::StrongRef:
         case StoredForm::StrongRefVector: {
             std::string text = head + "[\n";
-            for (const Object* child : p.objects) text += object(*child, indent + "  ");
+            for (const Object* child : p.objects()) text += object(*child, indent + "  ");
             return text;
         }
         case StoredForm::StrongRefSet: {
             std::vector<std::string> elements;
-            for (const Object* child : p.objects)
+            for (const Object* child : p.objects())
                 if (kept(p, *child)) elements.push_back(object(*child, indent + "  "));
             std::sort(elements.begin(), elements.end());
             std::string text = head + "{\n";
@@ -149,7 +149,7 @@ private:
         case StoredForm::WeakRefVector:
         case StoredForm::WeakRefSet: {
             std::vector<std::string> targets;
-            for (const aafkit::WeakReference& reference : p.weak) targets.push_back(weak(reference));
+            for (const aafkit::WeakReference& reference : p.weak()) targets.push_back(weak(reference));
             if (p.storedForm() == StoredForm::WeakRefSet) std::sort(targets.begin(), targets.end());
             std::string text = head + "->";
             for (const std::string& target : targets) text += " " + target;

@@ -130,7 +130,7 @@ std::string valueText(const aafkit::File& file, const aafkit::Property& property
     const TypeDef* type = def ? file.model().findType(def->type) : nullptr;
     if (property.isWeak()) {
         std::string out;
-        for (const aafkit::WeakReference& r : property.weak) {
+        for (const aafkit::WeakReference& r : property.weak()) {
             const aafkit::Object* target = file.resolve(r);
             out += (out.empty() ? "" : ", ") + std::string("-> ") +
                    (target ? className(*target) : std::string("unresolved")) + " " +
@@ -139,6 +139,6 @@ std::string valueText(const aafkit::File& file, const aafkit::Property& property
         return out;
     }
     if (property.storedForm() == aafkit::StoredForm::DataStream)
-        return "stream of " + std::to_string(property.stream ? property.stream->size() : 0) + " bytes";
+        return "stream of " + std::to_string(property.stream() ? property.stream()->size() : 0) + " bytes";
     return dataText(file, type, property.data);
 }

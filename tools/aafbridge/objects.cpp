@@ -20,10 +20,10 @@ Json objectJson(const aafkit::File& file, const aafkit::Object& object) {
     for (const aafkit::Property& p : object.properties()) {
         Json entry = {{"name", propertyName(file, p.pid)}, {"pid", p.pid}};
         if (p.storedForm() == aafkit::StoredForm::StrongRef) {
-            entry["object"] = objectJson(file, *p.objects.at(0));
+            entry["object"] = objectJson(file, *p.objects().at(0));
         } else if (p.isStrong()) {
             Json elements = Json::array();
-            for (const aafkit::Object* element : p.objects) elements.push_back(objectJson(file, *element));
+            for (const aafkit::Object* element : p.objects()) elements.push_back(objectJson(file, *element));
             entry["objects"] = std::move(elements);
         } else {
             entry["value"] = valueText(file, p);
