@@ -72,6 +72,7 @@ Status File::load(std::unique_ptr<io::InputFile> input, std::unique_ptr<File>& o
     std::unique_ptr<File> file(new File());
     file->storage_ = std::move(storage);
     if (Status s = Loader::load(*file->storage_, *file); !s) return s;
+    file->storage_->releaseDirectory();  // the objects are made: only their data streams read on
     out = std::move(file);
     return Status();
 }

@@ -102,44 +102,50 @@ void CompoundFileWriter::addStream(uint32_t parent, std::string name, const Stre
     if (id != kNoStream) nodes_[id].content = &content;
 }
 
-// One record per node, entry id = node index; sectors are left to SectorLayout.
-Status CompoundFileWriter::makeRecords(std::vector<EntryRecord>& records) const {
-    records.assign(nodes_.size(), EntryRecord());
-    std::vector<std::u16string> names(nodes_.size());
-    for (uint32_t id = 0; id < nodes_.size(); ++id) {
-        const Node& node = nodes_[id];
-        EntryRecord& record = records[id];
-        if (Status s = checkName(id, node.name, names[id]); !s) return s;
-        std::copy(names[id].begin(), names[id].end(), record.name);
-        record.nameLength = uint16_t((names[id].size() + 1) * 2);
-        record.type = uint8_t(node.type);
-        record.color = kBlack;
-        std::memcpy(record.clsid, node.clsid, sizeof record.clsid);
-        record.size = node.size();
-    }
-    return linkChildren(names, records);
-}
-
-Status CompoundFileWriter::linkChildren(const std::vector<std::u16string>& names,
-                                        std::vector<EntryRecord>& records) const {
-    std::vector<std::string> keys(names.size());
-    std::transform(names.begin(), names.end(), keys.begin(), siblingKey);
-    std::vector<SiblingLinks> links(nodes_.size());
+// Names are checked and each storage's children sorted by sibling key, one
+// storage at a time: a file of a million entries never holds all their keys.
+Status CompoundFileWriter::linkChildren(TreeLinks& links) const {
+    links.siblings.assign(nodes_.size(), SiblingLinks());
+    links.child.assign(nodes_.size(), kNoStream);
+    std::u16string name;
+    if (Status s = checkName(kRoot, nodes_[kRoot].name, name); !s) return s;
+    std::vector<std::pair<std::string, uint32_t>> keyed;
     std::vector<uint32_t> sorted;
     for (uint32_t id = 0; id < nodes_.size(); ++id) {
-        sorted = nodes_[id].children;
-        std::sort(sorted.begin(), sorted.end(), [&keys](uint32_t a, uint32_t b) { return keys[a] < keys[b]; });
-        for (size_t i = 1; i < sorted.size(); ++i)
-            if (keys[sorted[i - 1]] == keys[sorted[i]])
-                return nameError("duplicate name in one storage", sorted[i], nodes_[sorted[i]].name);
-        records[id].child = linkSiblings(sorted, links);
-    }
-    for (uint32_t id = 1; id < nodes_.size(); ++id) {
-        records[id].left = links[id].left;
-        records[id].right = links[id].right;
-        records[id].color = links[id].color;
+        keyed.clear();
+        for (uint32_t childId : nodes_[id].children) {
+            if (Status s = checkName(childId, nodes_[childId].name, name); !s) return s;
+            keyed.emplace_back(siblingKey(name), childId);
+        }
+        std::sort(keyed.begin(), keyed.end());
+        sorted.clear();
+        for (size_t i = 0; i < keyed.size(); ++i) {
+            if (i > 0 && keyed[i - 1].first == keyed[i].first)
+                return nameError("duplicate name in one storage", keyed[i].second, nodes_[keyed[i].second].name);
+            sorted.push_back(keyed[i].second);
+        }
+        links.child[id] = linkSiblings(sorted, links.siblings);
     }
     return Status();
+}
+
+// The directory entry of a node, made when it is written: names were checked by linkChildren.
+EntryRecord CompoundFileWriter::record(uint32_t id, const TreeLinks& links, const EntryPlacement& placement) const {
+    const Node& node = nodes_[id];
+    EntryRecord record;
+    std::u16string name;
+    utf8ToUtf16(node.name, name);
+    std::copy(name.begin(), name.end(), record.name);
+    record.nameLength = uint16_t((name.size() + 1) * 2);
+    record.type = uint8_t(node.type);
+    record.color = id == kRoot ? kBlack : links.siblings[id].color;
+    record.left = id == kRoot ? kNoStream : links.siblings[id].left;
+    record.right = id == kRoot ? kNoStream : links.siblings[id].right;
+    record.child = links.child[id];
+    std::memcpy(record.clsid, node.clsid, sizeof record.clsid);
+    record.startSector = placement.startSector;
+    record.size = placement.size;
+    return record;
 }
 
 void CompoundFileWriter::writeHeader(const SectorLayout& layout, StagedOutput& out) const {
@@ -155,9 +161,10 @@ void CompoundFileWriter::writeHeader(const SectorLayout& layout, StagedOutput& o
 }
 
 // Unused entries fill the last directory sector.
-Status CompoundFileWriter::writeDirectory(const std::vector<EntryRecord>& records, StagedOutput& out) {
-    for (const EntryRecord& record : records) {
-        record.write(out.writer());
+Status CompoundFileWriter::writeDirectory(const TreeLinks& links, const std::vector<EntryPlacement>& placements,
+                                          StagedOutput& out) const {
+    for (uint32_t id = 0; id < nodes_.size(); ++id) {
+        record(id, links, placements[id]).write(out.writer());
         if (Status s = out.flushIfFull(); !s) return s;
     }
     while (out.position() % kWriterSectorSize != 0) EntryRecord().write(out.writer());
@@ -184,14 +191,16 @@ Status CompoundFileWriter::writeStreamData(bool mini, StagedOutput& out) const {
 
 Status CompoundFileWriter::write(io::OutputSink& sink) const {
     if (!misuse_.empty()) return Status::error(misuse_);
-    std::vector<EntryRecord> records;
+    TreeLinks links;
+    if (Status s = linkChildren(links); !s) return s;
+    std::vector<EntryPlacement> placements(nodes_.size());
+    for (uint32_t id = 0; id < nodes_.size(); ++id) placements[id] = {nodes_[id].size(), 0, nodes_[id].type};
     SectorLayout layout;
-    if (Status s = makeRecords(records); !s) return s;
-    if (Status s = layout.plan(records); !s) return s;
+    if (Status s = layout.plan(placements); !s) return s;
     StagedOutput out(sink);
     writeHeader(layout, out);
     layout.writeTables(out.writer());
-    Status s = writeDirectory(records, out);
+    Status s = writeDirectory(links, placements, out);
     if (s) s = writeStreamData(true, out);
     if (s) s = writeStreamData(false, out);
     if (s) s = out.flush();

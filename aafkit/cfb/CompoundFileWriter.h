@@ -3,11 +3,13 @@
 // the cutoff in the mini stream, balanced sibling trees, written in file order.
 // Calls that name a missing parent are remembered and reported by write().
 #include <cstdint>
+#include <deque>
 #include <string>
 #include <vector>
 
 #include "aafkit/Status.h"
 #include "aafkit/cfb/DirectoryEntry.h"
+#include "aafkit/cfb/DirectoryTree.h"
 
 #include "aafkit/io/OutputFile.h"
 #include "aafkit/io/StreamContent.h"
@@ -15,6 +17,7 @@
 namespace aafkit::cfb {
 
 struct EntryRecord;
+struct EntryPlacement;
 class SectorLayout;
 class StagedOutput;
 
@@ -45,15 +48,22 @@ private:
         uint64_t size() const { return content ? content->size() : data.size(); }
     };
 
+    // Where each entry sits in the directory's sibling trees.
+    struct TreeLinks {
+        std::vector<SiblingLinks> siblings;  // by entry id
+        std::vector<uint32_t> child;         // the root of each storage's tree, by entry id
+    };
+
     bool isStorage(uint32_t id) const;
     uint32_t addNode(uint32_t parent, std::string name, EntryType type, const uint8_t clsid[16]);
-    Status makeRecords(std::vector<EntryRecord>& records) const;
-    Status linkChildren(const std::vector<std::u16string>& names, std::vector<EntryRecord>& records) const;
+    Status linkChildren(TreeLinks& links) const;
+    EntryRecord record(uint32_t id, const TreeLinks& links, const EntryPlacement& placement) const;
     void writeHeader(const SectorLayout& layout, StagedOutput& out) const;
-    static Status writeDirectory(const std::vector<EntryRecord>& records, StagedOutput& out);
+    Status writeDirectory(const TreeLinks& links, const std::vector<EntryPlacement>& placements,
+                          StagedOutput& out) const;
     Status writeStreamData(bool mini, StagedOutput& out) const;
 
-    std::vector<Node> nodes_;
+    std::deque<Node> nodes_;  // grows by blocks: no doubling copy of a million nodes
     std::string misuse_;  // the first bad call, reported by write()
 };
 

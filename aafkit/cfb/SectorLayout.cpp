@@ -35,11 +35,11 @@ private:
 
 }  // namespace
 
-Status SectorLayout::plan(std::vector<EntryRecord>& records) {
-    countSectors(records);
+Status SectorLayout::plan(std::vector<EntryPlacement>& entries) {
+    countSectors(entries);
     if (totalSectors() >= kMaxRegularSector) return Status::error("file too large at sector count " +
                                                                  std::to_string(totalSectors()));
-    assignSectors(records);
+    assignSectors(entries);
     return Status();
 }
 
@@ -48,17 +48,17 @@ uint64_t SectorLayout::totalSectors() const {
            streamSectors_;
 }
 
-void SectorLayout::countSectors(const std::vector<EntryRecord>& records) {
-    for (const EntryRecord& record : records) {
-        if (record.type != uint8_t(EntryType::Stream)) continue;
-        if (inMiniStream(record.size))
-            miniSectors_ += unitsFor(record.size, kMiniSectorSize);
+void SectorLayout::countSectors(const std::vector<EntryPlacement>& entries) {
+    for (const EntryPlacement& entry : entries) {
+        if (entry.type != EntryType::Stream) continue;
+        if (inMiniStream(entry.size))
+            miniSectors_ += unitsFor(entry.size, kMiniSectorSize);
         else
-            streamSectors_ += unitsFor(record.size, kWriterSectorSize);
+            streamSectors_ += unitsFor(entry.size, kWriterSectorSize);
     }
     miniStreamSectors_ = unitsFor(miniSectors_ * kMiniSectorSize, kWriterSectorSize);
     miniFatSectors_ = unitsFor(miniSectors_, kLinksPerSector);
-    directorySectors_ = unitsFor(records.size() * kEntrySize, kWriterSectorSize);
+    directorySectors_ = unitsFor(entries.size() * kEntrySize, kWriterSectorSize);
     // The FAT covers itself and the DIFAT that lists it: grow both until they fit.
     uint64_t tableSectors = 0;
     do {
@@ -70,20 +70,20 @@ void SectorLayout::countSectors(const std::vector<EntryRecord>& records) {
     } while (fatSectors_ + difatSectors_ != tableSectors);
 }
 
-void SectorLayout::assignSectors(std::vector<EntryRecord>& records) {
+void SectorLayout::assignSectors(std::vector<EntryPlacement>& entries) {
     ChainBuilder fat(fat_, fatSectors_);
     ChainBuilder miniFat(miniFat_, miniFatSectors_);
     fat.mark(fatSectors_, kFatSector);
     fat.mark(difatSectors_, kDifatSector);
     firstMiniFatSector_ = fat.chain(miniFatSectors_);
     firstDirectorySector_ = fat.chain(directorySectors_);
-    records[0].startSector = fat.chain(miniStreamSectors_);
-    records[0].size = miniSectors_ * kMiniSectorSize;
-    for (EntryRecord& record : records) {
-        if (record.type != uint8_t(EntryType::Stream)) continue;
-        record.startSector = inMiniStream(record.size)
-                                 ? miniFat.chain(unitsFor(record.size, kMiniSectorSize))
-                                 : fat.chain(unitsFor(record.size, kWriterSectorSize));
+    entries[0].startSector = fat.chain(miniStreamSectors_);
+    entries[0].size = miniSectors_ * kMiniSectorSize;
+    for (EntryPlacement& entry : entries) {
+        if (entry.type != EntryType::Stream) continue;
+        entry.startSector = inMiniStream(entry.size)
+                                 ? miniFat.chain(unitsFor(entry.size, kMiniSectorSize))
+                                 : fat.chain(unitsFor(entry.size, kWriterSectorSize));
     }
 }
 

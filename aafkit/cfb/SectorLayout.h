@@ -9,10 +9,16 @@
 #include "aafkit/Status.h"
 #include "aafkit/cfb/CompoundFileFormat.h"
 #include "aafkit/cfb/DirectoryEntry.h"
-#include "aafkit/cfb/EntryRecord.h"
 #include "aafkit/cfb/FileHeader.h"
 
 namespace aafkit::cfb {
+
+// What the layout needs of an entry, and what it decides for it.
+struct EntryPlacement {
+    uint64_t size = 0;
+    uint32_t startSector = 0;
+    EntryType type = EntryType::Empty;
+};
 
 constexpr uint16_t kWriterSectorShift = 12;
 constexpr uint32_t kWriterSectorSize = 1u << kWriterSectorShift;
@@ -22,17 +28,17 @@ inline bool inMiniStream(uint64_t size) { return size > 0 && size < kMiniStreamC
 
 class SectorLayout {
 public:
-    // Sets the start sector of every stream record and the root's mini stream
-    // (start and size); types and sizes of the records must be final.
-    Status plan(std::vector<EntryRecord>& records);
+    // Sets the start sector of every stream entry and the root's mini stream
+    // (start and size); types and sizes of the entries must be final.
+    Status plan(std::vector<EntryPlacement>& entries);
     uint64_t totalSectors() const;
     void fillHeader(FileHeader& header) const;
     // The FAT, DIFAT and mini FAT sectors, in file order.
     void writeTables(ByteWriter& out) const;
 
 private:
-    void countSectors(const std::vector<EntryRecord>& records);
-    void assignSectors(std::vector<EntryRecord>& records);
+    void countSectors(const std::vector<EntryPlacement>& entries);
+    void assignSectors(std::vector<EntryPlacement>& entries);
 
     uint64_t miniSectors_ = 0;
     uint64_t fatSectors_ = 0;

@@ -8,8 +8,9 @@ namespace aafkit {
 
 class StoredStream : public StreamContent {
 public:
+    // Keeps its own copy of the entry: the directory is let go once the objects are loaded.
     StoredStream(const cfb::CompoundFileReader& storage, const cfb::DirectoryEntry& entry)
-        : storage_(storage), entry_(entry) {}
+        : storage_(storage), entry_{entry.name, entry.type, {}, entry.startSector, entry.size, {}} {}
     uint64_t size() const override { return entry_.size; }
     Status read(uint64_t offset, uint8_t* out, size_t n) const override {
         return storage_.readStreamRange(entry_, offset, out, n, cursor_);
@@ -17,7 +18,7 @@ public:
 
 private:
     const cfb::CompoundFileReader& storage_;
-    const cfb::DirectoryEntry& entry_;
+    const cfb::DirectoryEntry entry_;
     mutable cfb::ChainCursor cursor_;  // sequential reads walk the chain once
 };
 
