@@ -1,0 +1,11 @@
+#pragma once
+// What `aafbridge write` does with its input: the JSON description read, checked and
+// turned into writer calls, the file written to OUTPUT. Errors go to standard error;
+// the answer is the tool's exit code (0 written, 1 failed).
+#include <istream>
+#include <nlohmann/json.hpp>
+#include <string>
+
+int writeDescription(const nlohmann::json& description, const std::string& output);
+// `inputName` names the input in messages.
+int writeJsonDescription(std::istream& in, const std::string& inputName, const std::string& output);
