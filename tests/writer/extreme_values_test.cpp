@@ -1,11 +1,16 @@
 #include <gtest/gtest.h>
 
+#include <pthread.h>
+
 #include <cstdint>
+#include <cstdio>
+#include <string>
 
 #include "WriterTestSupport.h"
 #include "WrittenFile.h"
 #include "aafkit/ResultCodes.h"
 #include "model/Effect.h"
+#include "support/SampleFiles.h"
 
 // Values at the ends of their types, as a host with an uninitialised variable passes
 // them: the calls accept them as they accept any value, and the arithmetic on them
@@ -103,6 +108,42 @@ TEST(ExtremeValues, RatesPastTheirTypesStayDefined) {
     ASSERT_EQ(aafkit::getRational(slot(compositionMob(*written.file), 0), PID_TimelineMobSlot_EditRate, rate), 0);
     EXPECT_EQ(rate.numerator, INT32_MAX);
     EXPECT_EQ(rate.denominator, 1001);
+}
+
+// Runs `work` on a thread with a small stack: how deep the writer goes must not
+// depend on how many events a host appended.
+template <class Work>
+void onSmallStack(Work& work) {
+    pthread_attr_t attributes;
+    pthread_attr_init(&attributes);
+    pthread_attr_setstacksize(&attributes, 256 * 1024);
+    pthread_t thread;
+    auto run = [](void* argument) -> void* {
+        (*static_cast<Work*>(argument))();
+        return nullptr;
+    };
+    ASSERT_EQ(pthread_create(&thread, &attributes, run, &work), 0);
+    pthread_join(thread, nullptr);
+    pthread_attr_destroy(&attributes);
+}
+
+TEST(ExtremeValues, ALongChainOfEffectsOverEffectsIsWritten) {
+    ContextPtr context = newContext();
+    AafWriterContext* c = context.get();
+    AddClip(L"Snd", L"/m/snd.wav", 1000, 0, false, nullptr, nullptr, 25, 1, c);
+    AddClipTrack(1, false, 48000, 1, 1000, c);
+    InitComposition(25, 1, 100, false, 0, L"Comp", c);
+    AddTrackToComposition(false, 25.0, c);
+    AppendClipToTrack(0, 0, 10, false, 1, 1, c);
+    const double gain = 0.5;
+    for (int i = 0; i < 5000; ++i) ASSERT_EQ(AppendVolumeEffect(0, 10, &gain, 1, nullptr, 0, c), AAFRESULT_SUCCESS);
+    const std::string path = testsupport::temporaryPath("effect_chain.aaf");
+    std::remove(path.c_str());
+    AAFRESULT result = -1;
+    auto write = [&] { result = WriteAafFile(std::wstring(path.begin(), path.end()).c_str(), c); };
+    onSmallStack(write);
+    std::remove(path.c_str());
+    EXPECT_EQ(result, AAFRESULT_SUCCESS);
 }
 
 }  // namespace
