@@ -54,13 +54,21 @@ TEST(ExtremeValues, ImportTimecodeLengthsStopAtTheLimits) {
     EXPECT_EQ(lowest.filler, INT64_MAX);
 }
 
-TEST(ExtremeValues, TrackLengthsStopAtTheLimits) {
+// A started composition whose sound track 0 holds a 10-unit clip of clip 1.
+ContextPtr soundTrackWithAClip() {
     ContextPtr context = newContext();
     AafWriterContext* c = context.get();
-    AddClip(L"Pic", L"/m/pic.mov", 1000, 0, false, nullptr, nullptr, 25, 1, c);
-    AddClipTrack(1, true, 25, 1, 1000, c);
+    AddClip(L"Snd", L"/m/snd.wav", 1000, 0, false, nullptr, nullptr, 25, 1, c);
+    AddClipTrack(1, false, 48000, 1, 1000, c);
     InitComposition(25, 1, 100, false, 0, L"Comp", c);
-    AddTrackToComposition(true, 25.0, c);
+    AddTrackToComposition(false, 25.0, c);
+    AppendClipToTrack(0, 0, 10, false, 1, 1, c);
+    return context;
+}
+
+TEST(ExtremeValues, TrackLengthsStopAtTheLimits) {
+    ContextPtr context = soundTrackWithAClip();
+    AafWriterContext* c = context.get();
     AppendClipToTrack(0, 0, INT64_MAX, false, 1, 1, c);
     AppendFiller(0, INT64_MAX, c);
     AddMarker(INT64_MIN, L"first", c);
@@ -73,13 +81,8 @@ TEST(ExtremeValues, TrackLengthsStopAtTheLimits) {
 // An effect covers events back from its end while its length is not used up; an event
 // of a hugely negative length leaves more to cover, not less.
 TEST(ExtremeValues, AnEffectWalksPastANegativeLengthWithoutWrapping) {
-    ContextPtr context = newContext();
+    ContextPtr context = soundTrackWithAClip();
     AafWriterContext* c = context.get();
-    AddClip(L"Snd", L"/m/snd.wav", 1000, 0, false, nullptr, nullptr, 25, 1, c);
-    AddClipTrack(1, false, 48000, 1, 1000, c);
-    InitComposition(25, 1, 100, false, 0, L"Comp", c);
-    AddTrackToComposition(false, 25.0, c);
-    AppendClipToTrack(0, 0, 10, false, 1, 1, c);
     AppendClipToTrack(0, 0, INT64_MIN + 1, false, 1, 1, c);
     const double gain = 0.5;
     ASSERT_EQ(AppendVolumeEffect(0, 5, &gain, 1, nullptr, 0, c), AAFRESULT_SUCCESS);
@@ -128,13 +131,8 @@ void onSmallStack(Work& work) {
 }
 
 TEST(ExtremeValues, ALongChainOfEffectsOverEffectsIsWritten) {
-    ContextPtr context = newContext();
+    ContextPtr context = soundTrackWithAClip();
     AafWriterContext* c = context.get();
-    AddClip(L"Snd", L"/m/snd.wav", 1000, 0, false, nullptr, nullptr, 25, 1, c);
-    AddClipTrack(1, false, 48000, 1, 1000, c);
-    InitComposition(25, 1, 100, false, 0, L"Comp", c);
-    AddTrackToComposition(false, 25.0, c);
-    AppendClipToTrack(0, 0, 10, false, 1, 1, c);
     const double gain = 0.5;
     for (int i = 0; i < 5000; ++i) ASSERT_EQ(AppendVolumeEffect(0, 10, &gain, 1, nullptr, 0, c), AAFRESULT_SUCCESS);
     const std::string path = testsupport::temporaryPath("effect_chain.aaf");
