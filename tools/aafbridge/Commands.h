@@ -6,3 +6,6 @@ int runCopy(int argc, char** argv);
 int runTimeline(int argc, char** argv);
 int runWrite(int argc, char** argv);
 int runDemo(int argc, char** argv);
+int runMedia(int argc, char** argv);
+int runExtract(int argc, char** argv);
+int runEmbed(int argc, char** argv);

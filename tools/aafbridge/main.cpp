@@ -18,6 +18,9 @@ const Command kCommands[] = {
     {"timeline", "timeline FILE [--json]     the composition as a host reads it", runTimeline},
     {"write", "write INPUT.json OUT.aaf    build a file from a JSON description", runWrite},
     {"demo", "demo OUT.aaf                write a built-in demo composition", runDemo},
+    {"media", "media FILE [--json]         every clip's media: embedded, found or missing", runMedia},
+    {"extract", "extract FILE DIR            write the embedded audio into DIR as audio files", runExtract},
+    {"embed", "embed IN OUT                copy IN with its linked WAV and AIFF media inside", runEmbed},
 };
 
 int usage() {
