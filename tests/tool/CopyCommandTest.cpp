@@ -8,36 +8,12 @@
 #include "ToolRunner.h"
 #include "aafkit/File.h"
 #include "aafkit/ResultCodes.h"
+#include "support/OleFileCheck.h"
 #include "support/SampleFiles.h"
 #include "support/TreeCheck.h"
 #include "support/TreeCompare.h"
 
 namespace {
-
-bool olefileAvailable() { return std::system("/usr/bin/python3 -c 'import olefile' 2>/dev/null") == 0; }
-
-// Reads every stream of every file with olefile; answers its complaint, or "".
-std::string olefileProblems(const std::vector<std::string>& paths) {
-    std::string script =
-        "import olefile, sys\n"
-        "for p in sys.argv[1:]:\n"
-        "    o = olefile.OleFileIO(p)\n"
-        "    for s in o.listdir(streams=True, storages=False):\n"
-        "        n = o.get_size('/'.join(s))\n"
-        "        d = o.openstream('/'.join(s)).read()\n"
-        "        assert len(d) == n, (p, s)\n"
-        "    assert o.exists('Header-2/properties'), p\n";
-    std::string command = "/usr/bin/python3 -c \"" + script + "\"";
-    for (const std::string& p : paths) command += " " + testsupport::quoted(p);
-    command += " 2>&1";
-    std::string output;
-    if (FILE* pipe = popen(command.c_str(), "r")) {
-        char buffer[512];
-        while (fgets(buffer, sizeof buffer, pipe)) output += buffer;
-        if (pclose(pipe) != 0 && output.empty()) output = "olefile failed";
-    }
-    return output;
-}
 
 TEST(CopyCommand, EverySampleCopiesToTheSameTree) {
     SKIP_WITHOUT_SAMPLES();
@@ -54,8 +30,8 @@ TEST(CopyCommand, EverySampleCopiesToTheSameTree) {
         EXPECT_EQ(testsupport::firstDifference(*original, *copy), "") << path;
         EXPECT_TRUE(testsupport::unresolved(*copy).empty()) << path;
     }
-    if (olefileAvailable()) {
-        EXPECT_EQ(olefileProblems(written), "");
+    if (testsupport::olefileAvailable()) {
+        EXPECT_EQ(testsupport::olefileProblems(written), "");
     }
     for (const std::string& p : written) std::remove(p.c_str());
 }
