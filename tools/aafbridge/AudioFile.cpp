@@ -43,7 +43,7 @@ aafkit::Status probeAudioFile(const std::string& path, AudioFileInfo& out) {
     sf_close(file);
     const int major = info.format & SF_FORMAT_TYPEMASK;
     const int subtype = info.format & SF_FORMAT_SUBMASK;
-    if (major != SF_FORMAT_WAV && major != SF_FORMAT_AIFF)
+    if (major != SF_FORMAT_WAV && major != SF_FORMAT_WAVEX && major != SF_FORMAT_AIFF)
         return aafkit::Status::error(path + ": " + formatName(major) + " files are not embedded (WAV or AIFF only)");
     out.bits = bitsOfSubtype(subtype);
     if (!out.bits) return aafkit::Status::error(path + ": " + formatName(subtype) + " samples are not integer PCM");

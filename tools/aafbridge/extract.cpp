@@ -89,8 +89,7 @@ private:
 
     aafkit::Status extractPcm(const MediaEntry& entry, const aafkit::StreamContent& stream, Json& row) {
         const aafkit::AudioDescription& audio = entry.audio;
-        const uint64_t claimed = audio.length >= 0 ? uint64_t(audio.length) * audio.blockAlign() : 0;
-        if (stream.size() < claimed)
+        if (audio.length >= 0 && uint64_t(audio.length) > stream.size() / audio.blockAlign())
             return aafkit::Status::error("the essence stream holds " + std::to_string(stream.size()) +
                                          " bytes; its descriptor claims " + std::to_string(audio.length) +
                                          " frames of " + std::to_string(audio.blockAlign()) + " bytes");
