@@ -2,6 +2,7 @@
 
 #include <vector>
 
+#include <algorithm>
 #include <cmath>
 #include <cstring>
 
@@ -106,6 +107,9 @@ aafRational_t rationalRate(double sampleRate) {
     return {int32_t(std::lround(sampleRate * 1000)), 1000};
 }
 
+// A stored file's header lies within its first MiB (Pro Tools pads it to 4 KiB).
+constexpr uint64_t kHeaderWindow = 1 << 20;
+
 std::string mobIdKey(const aafMobID_t& id) {
     uint8_t bytes[32];
     encodeMobId(id, bytes);
@@ -143,6 +147,20 @@ AAFRESULT addEssenceData(File& file, const aafMobID_t& mobId, std::unique_ptr<St
     setStream(*essence, PID_EssenceData_Data, std::move(content));
     // The set is keyed by MobID: a second EssenceData for the mob is refused there.
     return addToSet(*storage, PID_ContentStorage_EssenceData, *essence);
+}
+
+Status readStoredAudioHeader(const StreamContent& content, AudioHeader& out, std::vector<uint8_t>* summary) {
+    std::vector<uint8_t> head(size_t(std::min<uint64_t>(content.size(), kHeaderWindow)));
+    if (Status s = content.read(0, head.data(), head.size()); !s) return s;
+    if (Status s = parseAudioHeader(head.data(), head.size(), out); !s)
+        return Status::error("the header does not parse: " + s.message());
+    if (!out.hasData) return Status::error("no sample data chunk within the first MiB");
+    if (out.dataOffset + out.dataSize > content.size())
+        return Status::error("the header declares " + std::to_string(out.dataSize) + " sample bytes from offset " +
+                             std::to_string(out.dataOffset) + "; there are only " + std::to_string(content.size()) +
+                             " bytes");
+    if (summary) summary->assign(head.begin(), head.begin() + long(out.dataOffset));
+    return Status();
 }
 
 void embedStoredAudio(File& file, Object& fileMob, const AudioHeader& header, std::vector<uint8_t> summary,

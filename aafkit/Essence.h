@@ -57,6 +57,12 @@ AAFRESULT getEssenceStream(const Object& essenceData, const StreamContent*& out)
 // (read when the file is saved). AAFRESULT_INVALID_PARAM when the mob already has one.
 AAFRESULT addEssenceData(File& file, const aafMobID_t& mobId, std::unique_ptr<StreamContent> content);
 
+// The header of the WAV or AIFF/AIFF-C file that `content` holds (it must lie within the
+// first MiB), checked against the content's size; `summary` receives the bytes before the
+// samples. Errors say what is wrong: a header that does not parse, no sample data, samples
+// declared past the end (a truncated stream or file).
+Status readStoredAudioHeader(const StreamContent& content, AudioHeader& out, std::vector<uint8_t>* summary = nullptr);
+
 // Puts a whole WAV or AIFF/AIFF-C file into the file as Media Composer and Premiere store
 // one: the file mob's descriptor becomes a WAVEDescriptor or AIFCDescriptor whose Summary
 // is `summary` (the stored file's bytes up to its sample data), with SampleRate, Length in

@@ -81,8 +81,8 @@ TEST(ExtractCommand, SaysWhenTheDescriptorClaimsMoreThanTheStreamHolds) {
     fs::remove_all(folder);
 }
 
-// Three clips: raw PCM with its source's timecode, one whose stream is cut short, and a
-// stored WAV whose header is broken; then the same picture essence that is no audio.
+// Four clips: raw PCM with its source's timecode, raw PCM cut short, a stored WAV whose
+// header is broken and one cut short.
 class ExtractFromBuiltFile : public ::testing::Test {
 protected:
     void SetUp() override {
@@ -115,6 +115,10 @@ TEST_F(ExtractFromBuiltFile, WritesWhatItCanAndNamesWhatFailed) {
         std::copy_n("RIFX", 4, broken.begin());
         testsupport::embedStored(*file, "Broken", AUID_AAFWAVEDescriptor, std::vector<uint8_t>(wav.begin(), wav.begin() + 44),
                                  broken);
+        std::vector<uint8_t> truncated = wav;
+        truncated.resize(wav.size() - 100);
+        testsupport::embedStored(*file, "Cut short 2", AUID_AAFWAVEDescriptor,
+                                 std::vector<uint8_t>(wav.begin(), wav.begin() + 44), truncated);
         ASSERT_TRUE(file->save(path_ + ".new").ok());
         fs::rename(path_ + ".new", path_);
     }
@@ -123,14 +127,18 @@ TEST_F(ExtractFromBuiltFile, WritesWhatItCanAndNamesWhatFailed) {
     EXPECT_NE(run.output.find("\"Cut short\": the essence stream holds 1000 bytes; its descriptor claims 1000 frames"),
               std::string::npos)
         << run.output;
-    EXPECT_NE(run.output.find("\"Broken\": the stored file's header does not parse"), std::string::npos) << run.output;
+    EXPECT_NE(run.output.find("\"Broken\": the stored file: the header does not parse"), std::string::npos) << run.output;
+    EXPECT_NE(run.output.find("\"Cut short 2\": the stored file: the header declares 2000 sample bytes from offset 44; "
+                              "there are only 1944 bytes"),
+              std::string::npos)
+        << run.output;
 
     // The good clip is written under a name every file system takes, with the time
     // reference of 01:00:00:00 at 48 kHz; the failed ones leave nothing behind.
     const nlohmann::json manifest = testsupport::readJson(folder_ + "/manifest.json");
     ASSERT_EQ(manifest["files"].size(), 1u) << manifest.dump();
     EXPECT_EQ(manifest["files"][0]["file"], "Dialogue 1_2_ take _A_.wav");
-    EXPECT_EQ(manifest["errors"].size(), 2u);
+    EXPECT_EQ(manifest["errors"].size(), 3u);
     std::vector<std::string> written;
     for (const auto& entry : fs::directory_iterator(folder_)) written.push_back(entry.path().filename().string());
     std::sort(written.begin(), written.end());

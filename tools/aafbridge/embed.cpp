@@ -19,9 +19,6 @@
 
 namespace {
 
-// A stored file's header must lie within its first MiB to be described by a Summary.
-constexpr uint64_t kHeaderWindow = 1 << 20;
-
 struct Prepared {
     std::unique_ptr<FileStream> content;
     aafkit::AudioHeader header;
@@ -45,14 +42,8 @@ aafkit::Status prepare(const MediaEntry& entry, const std::string& path, Prepare
     if (aafkit::Status s = probeAudioFile(path, info); !s) return s;
     if (aafkit::Status s = agreesWithDescriptor(entry, info); !s) return s;
     if (aafkit::Status s = FileStream::open(path, out.content); !s) return s;
-    std::vector<uint8_t> head(size_t(std::min<uint64_t>(out.content->size(), kHeaderWindow)));
-    if (aafkit::Status s = out.content->read(0, head.data(), head.size()); !s) return s;
-    if (aafkit::Status s = aafkit::parseAudioHeader(head.data(), head.size(), out.header); !s)
+    if (aafkit::Status s = aafkit::readStoredAudioHeader(*out.content, out.header, &out.summary); !s)
         return aafkit::Status::error(path + ": " + s.message());
-    if (!out.header.hasData) return aafkit::Status::error(path + ": no sample data within the first MiB");
-    if (out.header.dataOffset + out.header.dataSize > out.content->size())
-        return aafkit::Status::error(path + ": its header declares more sample data than the file holds");
-    out.summary.assign(head.begin(), head.begin() + long(out.header.dataOffset));
     return aafkit::Status();
 }
 

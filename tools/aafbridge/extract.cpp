@@ -25,9 +25,6 @@ namespace fs = std::filesystem;
 
 namespace {
 
-// A stored file's header lies within its first MiB (Pro Tools pads to 4 KiB).
-constexpr uint64_t kHeaderWindow = 1 << 20;
-
 const char* extensionOf(aafkit::AudioContainer container) {
     switch (container) {
         case aafkit::AudioContainer::Wave: return ".wav";
@@ -117,16 +114,9 @@ private:
     }
 
     aafkit::Status extractStored(const MediaEntry& entry, const aafkit::StreamContent& stream, Json& row) {
-        std::vector<uint8_t> head(size_t(std::min<uint64_t>(stream.size(), kHeaderWindow)));
-        if (aafkit::Status s = stream.read(0, head.data(), head.size()); !s) return s;
         aafkit::AudioHeader header;
-        if (aafkit::Status s = aafkit::parseAudioHeader(head.data(), head.size(), header); !s)
-            return aafkit::Status::error("the stored file's header does not parse: " + s.message());
-        if (!header.hasData) return aafkit::Status::error("the stored file's header has no sample data chunk");
-        if (header.dataOffset + header.dataSize > stream.size())
-            return aafkit::Status::error("the stored file declares " + std::to_string(header.dataSize) +
-                                         " sample bytes from offset " + std::to_string(header.dataOffset) +
-                                         "; the essence stream holds only " + std::to_string(stream.size()) + " bytes");
+        if (aafkit::Status s = aafkit::readStoredAudioHeader(stream, header); !s)
+            return aafkit::Status::error("the stored file: " + s.message());
         const std::string name = names_.take(stemOf(entry), extensionOf(header.container));
         PendingFile output((folder_ / name).string());
         if (aafkit::Status s = copyToFile(stream, output.temporaryPath()); !s) return s;
