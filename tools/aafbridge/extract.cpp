@@ -4,9 +4,12 @@
 // stored WAV and AIFF-C files come out as stored. Exit status 0 when every embedded
 // audio essence was written, 1 when one failed (the others are still written) or
 // nothing could be, 2 for usage.
+#include <cerrno>
 #include <cmath>
 #include <cstdio>
+#include <cstring>
 #include <filesystem>
+#include <memory>
 #include <nlohmann/json.hpp>
 #include <string>
 #include <vector>
@@ -39,6 +42,21 @@ std::string describe(const char* format, unsigned channels, double rate, unsigne
     std::snprintf(text, sizeof text, "%s %uch %gHz %ubit, %llu frames", format, channels, rate, bits,
                   static_cast<unsigned long long>(frames));
     return text;
+}
+
+// The content into a new file at `path`, a chunk at a time.
+aafkit::Status copyToFile(const aafkit::StreamContent& stream, const std::string& path) {
+    std::unique_ptr<FILE, int (*)(FILE*)> out(std::fopen(path.c_str(), "wb"), std::fclose);
+    if (!out) return aafkit::Status::error("cannot write " + path + ": " + std::strerror(errno));
+    if (aafkit::Status s = aafkit::copyChunks(stream, [&](const uint8_t* bytes, size_t size) {
+            return std::fwrite(bytes, 1, size, out.get()) == size
+                       ? aafkit::Status()
+                       : aafkit::Status::error("cannot write " + path + ": " + std::strerror(errno));
+        });
+        !s)
+        return s;
+    if (std::fclose(out.release()) != 0) return aafkit::Status::error("cannot write " + path + ": " + std::strerror(errno));
+    return aafkit::Status();
 }
 
 class Extraction {
@@ -134,20 +152,6 @@ private:
         return aafkit::Status();
     }
 
-    static aafkit::Status copyToFile(const aafkit::StreamContent& stream, const std::string& path) {
-        std::unique_ptr<FILE, int (*)(FILE*)> out(std::fopen(path.c_str(), "wb"), std::fclose);
-        if (!out) return aafkit::Status::error("cannot write " + path + ": " + std::strerror(errno));
-        if (aafkit::Status s = aafkit::copyChunks(stream, [&](const uint8_t* bytes, size_t size) {
-                return std::fwrite(bytes, 1, size, out.get()) == size
-                           ? aafkit::Status()
-                           : aafkit::Status::error("cannot write " + path + ": " + std::strerror(errno));
-            });
-            !s)
-            return s;
-        if (std::fclose(out.release()) != 0) return aafkit::Status::error("cannot write " + path + ": " + std::strerror(errno));
-        return aafkit::Status();
-    }
-
     const aafkit::File& file_;
     fs::path folder_;
     UniqueFileNames names_;
@@ -161,11 +165,10 @@ bool hasEmbeddedEssence(const std::vector<MediaEntry>& entries) {
 }
 
 aafkit::Status writeManifest(const Json& manifest, const fs::path& path) {
-    PendingFile output(path.string());
-    std::unique_ptr<FILE, int (*)(FILE*)> out(std::fopen(output.temporaryPath().c_str(), "wb"), std::fclose);
     const std::string text = manifest.dump(2, ' ', false, Json::error_handler_t::replace) + "\n";
-    if (!out || std::fwrite(text.data(), 1, text.size(), out.get()) != text.size() || std::fclose(out.release()) != 0)
-        return aafkit::Status::error("cannot write " + path.string() + ": " + std::strerror(errno));
+    PendingFile output(path.string());
+    if (aafkit::Status s = copyToFile(aafkit::MemoryStream({text.begin(), text.end()}), output.temporaryPath()); !s)
+        return s;
     return output.commit();
 }
 
