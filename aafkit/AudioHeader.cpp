@@ -13,7 +13,9 @@ namespace {
 constexpr uint16_t kWaveFormatPcm = 1;
 constexpr uint16_t kWaveFormatExtensible = 0xfffe;
 
-uint32_t bigEndian32(const uint8_t* p) { return uint32_t(p[0]) << 24 | uint32_t(p[1]) << 16 | uint32_t(p[2]) << 8 | p[3]; }
+uint32_t bigEndian32(const uint8_t* p) {
+    return uint32_t(p[0]) << 24 | uint32_t(p[1]) << 16 | uint32_t(p[2]) << 8 | p[3];
+}
 uint16_t bigEndian16(const uint8_t* p) { return uint16_t(p[0] << 8 | p[1]); }
 
 bool isTag(const uint8_t* p, const char* tag) { return std::memcmp(p, tag, 4) == 0; }
@@ -104,13 +106,16 @@ Status parseAiffCommon(ByteReader& reader, const Chunk& chunk, AudioHeader& out)
     out.sampleRate = extendedToDouble(body + 8);
     if (out.container == AudioContainer::Aifc) {
         const uint8_t* compression = nullptr;
-        if (chunk.size < 22 || !reader.bytes(4, compression)) return Status::error("AIFF-C COMM chunk has no compression type");
-        if (isTag(compression, "sowt")) out.bigEndian = false;
+        if (chunk.size < 22 || !reader.bytes(4, compression))
+            return Status::error("AIFF-C COMM chunk has no compression type");
+        if (isTag(compression, "sowt"))
+            out.bigEndian = false;
         else if (!isTag(compression, "NONE") && !isTag(compression, "twos"))
             return Status::error("AIFF-C compression \"" + tagText(compression) + "\" is not uncompressed PCM");
     }
     reader.seek(chunk.bodyOffset);
-    return skipBody(reader, chunk) || reader.remaining() == 0 ? Status() : Status::error("AIFF COMM chunk is cut short");
+    return skipBody(reader, chunk) || reader.remaining() == 0 ? Status()
+                                                              : Status::error("AIFF COMM chunk is cut short");
 }
 
 Status parseAiff(ByteReader& reader, AudioHeader& out) {

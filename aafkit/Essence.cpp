@@ -1,10 +1,9 @@
 #include "Essence.h"
 
-#include <vector>
-
 #include <algorithm>
 #include <cmath>
 #include <cstring>
+#include <vector>
 
 #include "Checked.h"
 #include "Dictionary.h"
@@ -63,19 +62,23 @@ std::string notAudio(const Object& descriptor) {
 const char* formatName(const AudioDescription& audio) {
     if (audio.layout == EssenceLayout::RawPcm) return "PCM";
     switch (audio.container) {
-        case AudioContainer::Wave: return "WAV";
-        case AudioContainer::Aiff: return "AIFF";
-        case AudioContainer::Aifc: return "AIFF-C";
+        case AudioContainer::Wave:
+            return "WAV";
+        case AudioContainer::Aiff:
+            return "AIFF";
+        case AudioContainer::Aifc:
+            return "AIFF-C";
     }
     return "PCM";
 }
 
 Status describeAudio(const Object& descriptor, AudioDescription& out) {
     out = AudioDescription();
-    Status described = descriptor.isA(AUID_AAFPCMDescriptor)    ? describePcm(descriptor, out)
-                       : descriptor.isA(AUID_AAFWAVEDescriptor) ? describeSummary(descriptor, PID_WAVEDescriptor_Summary, out)
-                       : descriptor.isA(AUID_AAFAIFCDescriptor) ? describeSummary(descriptor, PID_AIFCDescriptor_Summary, out)
-                                                                : Status::error(notAudio(descriptor));
+    Status described =
+        descriptor.isA(AUID_AAFPCMDescriptor)    ? describePcm(descriptor, out)
+        : descriptor.isA(AUID_AAFWAVEDescriptor) ? describeSummary(descriptor, PID_WAVEDescriptor_Summary, out)
+        : descriptor.isA(AUID_AAFAIFCDescriptor) ? describeSummary(descriptor, PID_AIFCDescriptor_Summary, out)
+                                                 : Status::error(notAudio(descriptor));
     if (!described) return described;
     // The file descriptor's own rate and length count over what a copied header says.
     aafRational_t rate = {0, 0};
@@ -83,7 +86,8 @@ Status describeAudio(const Object& descriptor, AudioDescription& out) {
         rate.denominator > 0 && out.layout == EssenceLayout::StoredFile)
         out.sampleRate = double(rate.numerator) / rate.denominator;
     int64_t length = 0;
-    if (getInt64(descriptor, PID_FileDescriptor_Length, length) == AAFRESULT_SUCCESS && length >= 0) out.length = length;
+    if (getInt64(descriptor, PID_FileDescriptor_Length, length) == AAFRESULT_SUCCESS && length >= 0)
+        out.length = length;
     return Status();
 }
 
@@ -92,7 +96,8 @@ namespace {
 // The AAF container definition ("the essence is in this file"), registered when the file lacks it.
 Object& aafContainer(File& file) {
     Object* container = nullptr;
-    if (lookupDefinition(file, PID_Dictionary_ContainerDefinitions, kAAFContainerDef_AAF, container) == AAFRESULT_SUCCESS)
+    if (lookupDefinition(file, PID_Dictionary_ContainerDefinitions, kAAFContainerDef_AAF, container) ==
+        AAFRESULT_SUCCESS)
         return *container;
     std::wstring name = L"AAF";
     for (const meta::BaselineDefinition& row : meta::baselineDefinitions())

@@ -87,9 +87,11 @@ std::vector<fs::path> prepareEmbed(const fs::path& folder, uint64_t total) {
         wavs.push_back(folder / (name + ".wav"));
         writeWav(wavs.back(), bytes);
         const std::string frames = std::to_string(bytes / 6);
-        clips += std::string(clips.empty() ? "" : ",") + "{\"name\":\"" + name + "\",\"path\":\"" + wavs.back().string() +
-                 "\",\"length\":25,\"startTimecode\":0,\"rate\":[25,1],\"tracks\":[{\"kind\":\"audio\",\"editRate\":[25,1]," +
-                 "\"length\":25,\"channels\":2,\"bitsPerSample\":24,\"sampleRate\":48000,\"sampleLength\":" + frames + "}]}";
+        clips +=
+            std::string(clips.empty() ? "" : ",") + "{\"name\":\"" + name + "\",\"path\":\"" + wavs.back().string() +
+            "\",\"length\":25,\"startTimecode\":0,\"rate\":[25,1],\"tracks\":[{\"kind\":\"audio\",\"editRate\":[25,1]"
+            "," +
+            "\"length\":25,\"channels\":2,\"bitsPerSample\":24,\"sampleRate\":48000,\"sampleLength\":" + frames + "}]}";
         events += std::string(events.empty() ? "" : ",") + "{\"type\":\"clip\",\"clip\":\"" + name +
                   "\",\"inPoint\":0,\"length\":25}";
     }
@@ -117,7 +119,8 @@ void EmbedWav(benchmark::State& state) {
         cp.push_back((folder / "copy").string());
         const ChildRun copy = runChild(cp);
         fs::remove_all(folder / "copy");
-        const ChildRun embed = runChild({AAFBRIDGE_TOOL, "embed", (folder / "in.aaf").string(), (folder / "out.aaf").string()});
+        const ChildRun embed =
+            runChild({AAFBRIDGE_TOOL, "embed", (folder / "in.aaf").string(), (folder / "out.aaf").string()});
         if (!copy.ok || !embed.ok) state.SkipWithError("cp or embed failed");
         report(state, embed, copy, total);
     }
@@ -133,10 +136,14 @@ void takeOwnFlags(int& argc, char** argv) {
         auto value = [&](const char* flag) {
             return arg.compare(0, std::strlen(flag), flag) == 0 ? arg.substr(std::strlen(flag)) : std::string();
         };
-        if (!value("--extract-from=").empty()) g_extractFrom = value("--extract-from=");
-        else if (!value("--embed-gib=").empty()) g_embedGib = std::stod(value("--embed-gib="));
-        else if (!value("--scratch=").empty()) g_scratch = value("--scratch=");
-        else argv[kept++] = argv[i];
+        if (!value("--extract-from=").empty())
+            g_extractFrom = value("--extract-from=");
+        else if (!value("--embed-gib=").empty())
+            g_embedGib = std::stod(value("--embed-gib="));
+        else if (!value("--scratch=").empty())
+            g_scratch = value("--scratch=");
+        else
+            argv[kept++] = argv[i];
     }
     argc = kept;
 }

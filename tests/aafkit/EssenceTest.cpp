@@ -60,9 +60,10 @@ TEST(Essence, EmbeddedAudioSurvivesSaveAndLoad) {
     aafkit::addMob(*file, mob);
 
     // A 44-byte WAV header for 2 frames of mono 16-bit at 44100 Hz, then the frames.
-    const std::vector<uint8_t> wav = {'R', 'I', 'F', 'F', 40, 0, 0, 0, 'W', 'A', 'V', 'E', 'f', 'm', 't', ' ',
-                                      16, 0, 0, 0, 1, 0, 1, 0, 0x44, 0xac, 0, 0, 0x88, 0x58, 1, 0, 2, 0, 16, 0,
-                                      'd', 'a', 't', 'a', 4, 0, 0, 0, 0x01, 0x80, 0xff, 0x7f};
+    const std::vector<uint8_t> wav = {'R',  'I',  'F', 'F', 40,   0,    0, 0, 'W',  'A',  'V',  'E',
+                                      'f',  'm',  't', ' ', 16,   0,    0, 0, 1,    0,    1,    0,
+                                      0x44, 0xac, 0,   0,   0x88, 0x58, 1, 0, 2,    0,    16,   0,
+                                      'd',  'a',  't', 'a', 4,    0,    0, 0, 0x01, 0x80, 0xff, 0x7f};
     aafkit::AudioHeader header;
     ASSERT_TRUE(aafkit::parseAudioHeader(wav.data(), wav.size(), header).ok());
     aafkit::embedStoredAudio(*file, mob, header, std::vector<uint8_t>(wav.begin(), wav.begin() + 44),

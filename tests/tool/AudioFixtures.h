@@ -39,14 +39,17 @@ inline void putBig(std::vector<uint8_t>& out, uint64_t value, int bytes) {
 
 inline std::vector<uint8_t> rawPcm(const Pcm& pcm, bool bigEndian) {
     std::vector<uint8_t> out;
-    for (int32_t s : pcm.samples) bigEndian ? putBig(out, uint32_t(s), pcm.bits / 8) : putLittle(out, uint32_t(s), pcm.bits / 8);
+    for (int32_t s : pcm.samples)
+        bigEndian ? putBig(out, uint32_t(s), pcm.bits / 8) : putLittle(out, uint32_t(s), pcm.bits / 8);
     return out;
 }
 
-inline Pcm decodePcm(const std::vector<uint8_t>& bytes, size_t offset, size_t frames, int channels, int bits, bool bigEndian) {
+inline Pcm decodePcm(const std::vector<uint8_t>& bytes, size_t offset, size_t frames, int channels, int bits,
+                     bool bigEndian) {
     Pcm pcm{channels, bits, 0, {}};
     const size_t width = size_t(bits / 8);
-    for (size_t at = offset; at + width <= bytes.size() && pcm.samples.size() < frames * size_t(channels); at += width) {
+    for (size_t at = offset; at + width <= bytes.size() && pcm.samples.size() < frames * size_t(channels);
+         at += width) {
         uint32_t value = 0;
         for (size_t i = 0; i < width; ++i) value |= uint32_t(bytes[at + (bigEndian ? width - 1 - i : i)]) << (8 * i);
         const int shift = 32 - bits;
@@ -104,7 +107,8 @@ inline std::vector<uint8_t> aifcBytes(const Pcm& pcm) {
 }
 
 inline void writeBytes(const std::string& path, const std::vector<uint8_t>& bytes) {
-    std::ofstream(path, std::ios::binary).write(reinterpret_cast<const char*>(bytes.data()), std::streamsize(bytes.size()));
+    std::ofstream(path, std::ios::binary)
+        .write(reinterpret_cast<const char*>(bytes.data()), std::streamsize(bytes.size()));
 }
 
 // The file as libsndfile reads it; channels 0 when it cannot.
@@ -115,10 +119,17 @@ inline Pcm readAudioFile(const std::string& path, SF_INFO* infoOut = nullptr) {
     if (!file) return pcm;
     int bits = 0;
     switch (info.format & SF_FORMAT_SUBMASK) {
-        case SF_FORMAT_PCM_16: bits = 16; break;
-        case SF_FORMAT_PCM_24: bits = 24; break;
-        case SF_FORMAT_PCM_32: bits = 32; break;
-        default: bits = 8;
+        case SF_FORMAT_PCM_16:
+            bits = 16;
+            break;
+        case SF_FORMAT_PCM_24:
+            bits = 24;
+            break;
+        case SF_FORMAT_PCM_32:
+            bits = 32;
+            break;
+        default:
+            bits = 8;
     }
     std::vector<int> samples(size_t(info.frames) * size_t(info.channels));
     const sf_count_t read = sf_readf_int(file, samples.data(), info.frames);

@@ -28,14 +28,20 @@ inline nlohmann::json audioClip(const std::string& name, const std::string& path
             {"startTimecode", 90000},
             {"rate", {25, 1}},
             {"tracks",
-             {{{"kind", "audio"}, {"editRate", {25, 1}}, {"length", 25}, {"channels", channels}, {"bitsPerSample", bits},
-               {"sampleRate", 48000}, {"sampleLength", frames}}}}};
+             {{{"kind", "audio"},
+               {"editRate", {25, 1}},
+               {"length", 25},
+               {"channels", channels},
+               {"bitsPerSample", bits},
+               {"sampleRate", 48000},
+               {"sampleLength", frames}}}}};
 }
 
 // Writes the clips, each used once in an audio track, to `path` through the tool.
 inline void writeClips(const std::string& path, const std::vector<nlohmann::json>& clips) {
     nlohmann::json events = nlohmann::json::array();
-    for (const auto& clip : clips) events.push_back({{"type", "clip"}, {"clip", clip["name"]}, {"inPoint", 0}, {"length", 25}});
+    for (const auto& clip : clips)
+        events.push_back({{"type", "clip"}, {"clip", clip["name"]}, {"inPoint", 0}, {"length", 25}});
     const nlohmann::json description = {
         {"clips", nlohmann::json(clips)},
         {"composition", {{"name", "Media"}, {"rate", {25, 1}}, {"timecodeStart", 90000}, {"timecodeLength", 100}}},
@@ -89,7 +95,8 @@ inline void embedStored(aafkit::File& file, const std::string& clipName, const a
     aafkit::Object* mob = fileMobOf(file, clipName);
     ASSERT_NE(mob, nullptr) << clipName;
     aafkit::Object& descriptor = *file.create(descriptorClass);
-    if (descriptorClass == AUID_AAFWAVEDescriptor) aafkit::setBytes(descriptor, PID_WAVEDescriptor_Summary, std::move(summary));
+    if (descriptorClass == AUID_AAFWAVEDescriptor)
+        aafkit::setBytes(descriptor, PID_WAVEDescriptor_Summary, std::move(summary));
     aafkit::setRational(descriptor, PID_FileDescriptor_SampleRate, {48000, 1});
     ASSERT_EQ(aafkit::setObject(*mob, PID_SourceMob_EssenceDescription, descriptor), AAFRESULT_SUCCESS);
     aafMobID_t id;

@@ -106,15 +106,16 @@ TEST_F(ExtractFromBuiltFile, WritesWhatItCanAndNamesWhatFailed) {
     {
         std::unique_ptr<aafkit::File> file = testsupport::openAaf(path_);
         ASSERT_TRUE(file);
-        testsupport::embedRawPcm(*file, "Dialogue 1/2: take \"A\"", dialogue, 1000, testsupport::rawPcm(dialogue, false));
+        testsupport::embedRawPcm(*file, "Dialogue 1/2: take \"A\"", dialogue, 1000,
+                                 testsupport::rawPcm(dialogue, false));
         std::vector<uint8_t> cut = testsupport::rawPcm(shortOne, false);
         cut.resize(cut.size() / 2);
         testsupport::embedRawPcm(*file, "Cut short", shortOne, 1000, cut);
         const std::vector<uint8_t> wav = testsupport::wavBytes(shortOne);
         std::vector<uint8_t> broken = wav;
         std::copy_n("RIFX", 4, broken.begin());
-        testsupport::embedStored(*file, "Broken", AUID_AAFWAVEDescriptor, std::vector<uint8_t>(wav.begin(), wav.begin() + 44),
-                                 broken);
+        testsupport::embedStored(*file, "Broken", AUID_AAFWAVEDescriptor,
+                                 std::vector<uint8_t>(wav.begin(), wav.begin() + 44), broken);
         std::vector<uint8_t> truncated = wav;
         truncated.resize(wav.size() - 100);
         testsupport::embedStored(*file, "Cut short 2", AUID_AAFWAVEDescriptor,
@@ -127,7 +128,8 @@ TEST_F(ExtractFromBuiltFile, WritesWhatItCanAndNamesWhatFailed) {
     EXPECT_NE(run.output.find("\"Cut short\": the essence stream holds 1000 bytes; its descriptor claims 1000 frames"),
               std::string::npos)
         << run.output;
-    EXPECT_NE(run.output.find("\"Broken\": the stored file: the header does not parse"), std::string::npos) << run.output;
+    EXPECT_NE(run.output.find("\"Broken\": the stored file: the header does not parse"), std::string::npos)
+        << run.output;
     EXPECT_NE(run.output.find("\"Cut short 2\": the stored file: the header declares 2000 sample bytes from offset 44; "
                               "there are only 1944 bytes"),
               std::string::npos)

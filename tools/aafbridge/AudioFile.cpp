@@ -10,21 +10,31 @@ namespace {
 int bitsOfSubtype(int subtype) {
     switch (subtype) {
         case SF_FORMAT_PCM_S8:
-        case SF_FORMAT_PCM_U8: return 8;
-        case SF_FORMAT_PCM_16: return 16;
-        case SF_FORMAT_PCM_24: return 24;
-        case SF_FORMAT_PCM_32: return 32;
-        default: return 0;
+        case SF_FORMAT_PCM_U8:
+            return 8;
+        case SF_FORMAT_PCM_16:
+            return 16;
+        case SF_FORMAT_PCM_24:
+            return 24;
+        case SF_FORMAT_PCM_32:
+            return 32;
+        default:
+            return 0;
     }
 }
 
 int subtypeOfBits(int bits) {
     switch (bits) {
-        case 8: return SF_FORMAT_PCM_U8;
-        case 16: return SF_FORMAT_PCM_16;
-        case 24: return SF_FORMAT_PCM_24;
-        case 32: return SF_FORMAT_PCM_32;
-        default: return 0;
+        case 8:
+            return SF_FORMAT_PCM_U8;
+        case 16:
+            return SF_FORMAT_PCM_16;
+        case 24:
+            return SF_FORMAT_PCM_24;
+        case 32:
+            return SF_FORMAT_PCM_32;
+        default:
+            return 0;
     }
 }
 

@@ -29,7 +29,8 @@ aafkit::Status FileStream::read(uint64_t offset, uint8_t* out, size_t n) const {
         const ssize_t got = pread(descriptor_, out + done, n - done, off_t(offset + done));
         if (got < 0 && errno == EINTR) continue;
         if (got <= 0)
-            return aafkit::Status::error(path_ + ": " + (got < 0 ? std::strerror(errno) : "file shrank while being read"));
+            return aafkit::Status::error(path_ + ": " +
+                                         (got < 0 ? std::strerror(errno) : "file shrank while being read"));
         done += size_t(got);
     }
     return aafkit::Status();

@@ -74,8 +74,8 @@ MediaEntry entryOf(const aafkit::EssenceIndex& essence, Object& mob,
     aafkit::getMobId(mob, PID_Mob_MobID, entry.mobId);
     entry.mobIdText = mobIdText(entry.mobId);
     auto master = masterNames.find(entry.mobIdText);
-    entry.clipName = master != masterNames.end() && !master->second.empty() ? master->second
-                                                                             : textProperty(mob, PID_Mob_Name);
+    entry.clipName =
+        master != masterNames.end() && !master->second.empty() ? master->second : textProperty(mob, PID_Mob_Name);
     aafkit::getEssenceDescriptor(mob, entry.descriptor);
     entry.kind = kindOf(entry.descriptor);
     entry.essenceData = essence.find(entry.mobId);

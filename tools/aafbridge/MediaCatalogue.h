@@ -13,8 +13,8 @@ struct MediaEntry {
     aafkit::Object* descriptor = nullptr;  // null when the mob has none
     aafMobID_t mobId = {};
     std::string mobIdText;
-    std::string clipName;  // the master clip's name, else the file mob's, else empty
-    std::string kind;      // "sound", "picture" or "data"
+    std::string clipName;                   // the master clip's name, else the file mob's, else empty
+    std::string kind;                       // "sound", "picture" or "data"
     aafkit::Object* essenceData = nullptr;  // null for linked media
     aafkit::AudioDescription audio;
     aafkit::Status audioStatus;  // why the media is not audio read here, if it is not

@@ -17,8 +17,8 @@ std::string lowerAscii(std::string text) {
 bool isDeviceName(const std::string& stem) {
     const std::string base = lowerAscii(stem.substr(0, stem.find('.')));
     if (base == "con" || base == "prn" || base == "aux" || base == "nul") return true;
-    return base.size() == 4 && (base.compare(0, 3, "com") == 0 || base.compare(0, 3, "lpt") == 0) &&
-           base[3] >= '1' && base[3] <= '9';
+    return base.size() == 4 && (base.compare(0, 3, "com") == 0 || base.compare(0, 3, "lpt") == 0) && base[3] >= '1' &&
+           base[3] <= '9';
 }
 
 // Cut to at most `limit` bytes without splitting a UTF-8 sequence.

@@ -29,11 +29,12 @@ struct Prepared {
 aafkit::Status agreesWithDescriptor(const MediaEntry& entry, const AudioFileInfo& info) {
     if (!entry.audioStatus) return aafkit::Status();  // nothing stated to contradict
     if (entry.audio.channels && entry.audio.channels != info.channels)
-        return aafkit::Status::error("the file has " + std::to_string(info.channels) + " channels; the clip's descriptor says " +
-                                     std::to_string(entry.audio.channels));
+        return aafkit::Status::error("the file has " + std::to_string(info.channels) +
+                                     " channels; the clip's descriptor says " + std::to_string(entry.audio.channels));
     if (entry.audio.sampleRate > 0 && std::fabs(entry.audio.sampleRate - info.sampleRate) > 0.5)
         return aafkit::Status::error("the file's rate is " + std::to_string(info.sampleRate) +
-                                     " Hz; the clip's descriptor says " + std::to_string(std::lround(entry.audio.sampleRate)));
+                                     " Hz; the clip's descriptor says " +
+                                     std::to_string(std::lround(entry.audio.sampleRate)));
     return aafkit::Status();
 }
 

@@ -30,9 +30,12 @@ namespace {
 
 const char* extensionOf(aafkit::AudioContainer container) {
     switch (container) {
-        case aafkit::AudioContainer::Wave: return ".wav";
-        case aafkit::AudioContainer::Aiff: return ".aif";
-        case aafkit::AudioContainer::Aifc: return ".aifc";
+        case aafkit::AudioContainer::Wave:
+            return ".wav";
+        case aafkit::AudioContainer::Aiff:
+            return ".aif";
+        case aafkit::AudioContainer::Aifc:
+            return ".aifc";
     }
     return ".wav";
 }
@@ -48,14 +51,17 @@ std::string describe(const char* format, unsigned channels, double rate, unsigne
 aafkit::Status copyToFile(const aafkit::StreamContent& stream, const std::string& path) {
     std::unique_ptr<FILE, int (*)(FILE*)> out(std::fopen(path.c_str(), "wb"), std::fclose);
     if (!out) return aafkit::Status::error("cannot write " + path + ": " + std::strerror(errno));
-    if (aafkit::Status s = aafkit::copyChunks(stream, [&](const uint8_t* bytes, size_t size) {
-            return std::fwrite(bytes, 1, size, out.get()) == size
-                       ? aafkit::Status()
-                       : aafkit::Status::error("cannot write " + path + ": " + std::strerror(errno));
-        });
+    if (aafkit::Status s = aafkit::copyChunks(stream,
+                                              [&](const uint8_t* bytes, size_t size) {
+                                                  return std::fwrite(bytes, 1, size, out.get()) == size
+                                                             ? aafkit::Status()
+                                                             : aafkit::Status::error("cannot write " + path + ": " +
+                                                                                     std::strerror(errno));
+                                              });
         !s)
         return s;
-    if (std::fclose(out.release()) != 0) return aafkit::Status::error("cannot write " + path + ": " + std::strerror(errno));
+    if (std::fclose(out.release()) != 0)
+        return aafkit::Status::error("cannot write " + path + ": " + std::strerror(errno));
     return aafkit::Status();
 }
 
@@ -76,15 +82,17 @@ private:
     void extract(const MediaEntry& entry) {
         if (!entry.audioStatus) {
             std::printf("skipped \"%s\": %s\n", entry.label().c_str(), entry.audioStatus.message().c_str());
-            skipped_.push_back({{"clip", entry.clipName}, {"mobId", entry.mobIdText}, {"reason", entry.audioStatus.message()}});
+            skipped_.push_back(
+                {{"clip", entry.clipName}, {"mobId", entry.mobIdText}, {"reason", entry.audioStatus.message()}});
             return;
         }
         const aafkit::StreamContent* stream = nullptr;
         Json row = {{"clip", entry.clipName}, {"mobId", entry.mobIdText}};
         aafkit::Status done = aafkit::getEssenceStream(*entry.essenceData, stream) != AAFRESULT_SUCCESS || !stream
                                   ? aafkit::Status::error("the EssenceData has no Data stream")
-                              : entry.audio.layout == aafkit::EssenceLayout::RawPcm ? extractPcm(entry, *stream, row)
-                                                                                     : extractStored(entry, *stream, row);
+                              : entry.audio.layout == aafkit::EssenceLayout::RawPcm
+                                  ? extractPcm(entry, *stream, row)
+                                  : extractStored(entry, *stream, row);
         if (!done) {
             std::fprintf(stderr, "aafbridge extract: \"%s\": %s\n", entry.label().c_str(), done.message().c_str());
             errors_.push_back({{"clip", entry.clipName}, {"mobId", entry.mobIdText}, {"error", done.message()}});
@@ -113,18 +121,23 @@ private:
         const std::string name = names_.take(stemOf(entry), ".wav");
         PendingFile output((folder_ / name).string());
         WaveWriter writer;
-        if (aafkit::Status s = writer.open(output.temporaryPath(), audio.channels, rate, audio.bits, reference); !s) return s;
-        if (aafkit::Status s = aafkit::copyChunks(stream, [&](const uint8_t* bytes, size_t size) {
-                return writer.write(bytes, size);
-            });
+        if (aafkit::Status s = writer.open(output.temporaryPath(), audio.channels, rate, audio.bits, reference); !s)
+            return s;
+        if (aafkit::Status s = aafkit::copyChunks(
+                stream, [&](const uint8_t* bytes, size_t size) { return writer.write(bytes, size); });
             !s)
             return s;
         size_t dropped = 0;
         if (aafkit::Status s = writer.close(dropped); !s) return s;
         if (aafkit::Status s = output.commit(); !s) return s;
         const uint64_t frames = stream.size() / audio.blockAlign();
-        row.update({{"file", name}, {"format", "PCM"}, {"written", "WAV"}, {"channels", audio.channels},
-                    {"sampleRate", rate}, {"bits", audio.bits}, {"frames", frames}});
+        row.update({{"file", name},
+                    {"format", "PCM"},
+                    {"written", "WAV"},
+                    {"channels", audio.channels},
+                    {"sampleRate", rate},
+                    {"bits", audio.bits},
+                    {"frames", frames}});
         if (reference) row["timeReference"] = *reference;
         if (dropped) row["note"] = std::to_string(dropped) + " trailing bytes did not make a whole frame";
         row["summary"] = describe("WAV", audio.channels, rate, audio.bits, frames);
@@ -141,14 +154,18 @@ private:
         if (aafkit::Status s = output.commit(); !s) return s;
         aafkit::AudioDescription stored = entry.audio;
         stored.container = header.container;
-        row.update({{"file", name}, {"format", aafkit::formatName(stored)}, {"written", "as stored"},
-                    {"channels", header.channels}, {"sampleRate", header.sampleRate}, {"bits", header.bits},
+        row.update({{"file", name},
+                    {"format", aafkit::formatName(stored)},
+                    {"written", "as stored"},
+                    {"channels", header.channels},
+                    {"sampleRate", header.sampleRate},
+                    {"bits", header.bits},
                     {"frames", header.frames()}});
         if (entry.audio.length > int64_t(header.frames()))
             row["note"] = "the descriptor claims " + std::to_string(entry.audio.length) + " frames; the stream holds " +
                           std::to_string(header.frames());
-        row["summary"] = describe(aafkit::formatName(stored), header.channels, header.sampleRate, header.bits,
-                                  header.frames());
+        row["summary"] =
+            describe(aafkit::formatName(stored), header.channels, header.sampleRate, header.bits, header.frames());
         return aafkit::Status();
     }
 

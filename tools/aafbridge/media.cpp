@@ -80,7 +80,8 @@ int runMedia(int argc, char** argv) {
     size_t embedded = 0, missing = 0;
     for (const MediaEntry& entry : entries) {
         MediaRow row{&entry, {}};
-        if (!row.embedded()) row.location = entry.locator.empty() ? MediaLocation{"", "missing"} : locateMedia(entry.locator, argv[0]);
+        if (!row.embedded())
+            row.location = entry.locator.empty() ? MediaLocation{"", "missing"} : locateMedia(entry.locator, argv[0]);
         embedded += row.embedded();
         missing += row.missing();
         rows.push_back(row);
@@ -88,8 +89,11 @@ int runMedia(int argc, char** argv) {
     if (json) {
         Json list = Json::array();
         for (const MediaRow& row : rows) list.push_back(rowJson(row));
-        std::printf("%s\n", Json({{"file", argv[0]}, {"media", list}, {"embedded", embedded},
-                                  {"linked", rows.size() - embedded}, {"missing", missing}})
+        std::printf("%s\n", Json({{"file", argv[0]},
+                                  {"media", list},
+                                  {"embedded", embedded},
+                                  {"linked", rows.size() - embedded},
+                                  {"missing", missing}})
                                 .dump(2, ' ', false, Json::error_handler_t::replace)
                                 .c_str());
     } else {
