@@ -145,6 +145,11 @@ Status parseAiff(ByteReader& reader, AudioHeader& out) {
 
 }  // namespace
 
+bool hasAudioSignature(const uint8_t* bytes, size_t size) {
+    return size >= 12 && ((isTag(bytes, "RIFF") && isTag(bytes + 8, "WAVE")) ||
+                          (isTag(bytes, "FORM") && (isTag(bytes + 8, "AIFF") || isTag(bytes + 8, "AIFC"))));
+}
+
 Status parseAudioHeader(const uint8_t* bytes, size_t size, AudioHeader& out) {
     ByteReader reader(bytes, size);
     const uint8_t* riff = nullptr;

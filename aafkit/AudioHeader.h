@@ -26,6 +26,9 @@ struct AudioHeader {
     uint64_t frames() const { return blockAlign() ? dataSize / blockAlign() : 0; }
 };
 
+// Whether the bytes begin as a WAV ("RIFF" ... "WAVE") or AIFF/AIFF-C ("FORM" ... "AIFF"/"AIFC") file.
+bool hasAudioSignature(const uint8_t* bytes, size_t size);
+
 // Parses the header at the start of `bytes`, which may end after the sample data's chunk
 // header or, in a Summary, before it (then hasData is false). Only uncompressed integer PCM is accepted; anything
 // else is an error that says what was found.

@@ -46,6 +46,7 @@ Status describeSummary(const Object& descriptor, uint16_t summaryPid, AudioDescr
     out.channels = header.channels;
     out.bits = header.bits;
     out.sampleRate = header.sampleRate;
+    out.bigEndian = header.bigEndian;
     return Status();
 }
 
@@ -152,6 +153,12 @@ AAFRESULT addEssenceData(File& file, const aafMobID_t& mobId, std::unique_ptr<St
     setStream(*essence, PID_EssenceData_Data, std::move(content));
     // The set is keyed by MobID: a second EssenceData for the mob is refused there.
     return addToSet(*storage, PID_ContentStorage_EssenceData, *essence);
+}
+
+bool holdsStoredFile(const StreamContent& content) {
+    uint8_t start[12];
+    return content.size() >= sizeof start && content.read(0, start, sizeof start).ok() &&
+           hasAudioSignature(start, sizeof start);
 }
 
 Status readStoredAudioHeader(const StreamContent& content, AudioHeader& out, std::vector<uint8_t>* summary) {

@@ -27,7 +27,8 @@ struct AudioDescription {
     uint16_t channels = 0;
     uint16_t bits = 0;
     double sampleRate = 0;
-    int64_t length = -1;  // sample frames the descriptor claims; -1 when it does not say
+    int64_t length = -1;     // sample frames the descriptor claims; -1 when it does not say
+    bool bigEndian = false;  // byte order of the samples (AIFF's unless "sowt")
 
     uint32_t blockAlign() const { return uint32_t(channels) * ((bits + 7u) / 8u); }
 };
@@ -56,6 +57,11 @@ AAFRESULT getEssenceStream(const Object& essenceData, const StreamContent*& out)
 // A new EssenceData for `mobId` in the content storage, its Data the given content
 // (read when the file is saved). AAFRESULT_INVALID_PARAM when the mob already has one.
 AAFRESULT addEssenceData(File& file, const aafMobID_t& mobId, std::unique_ptr<StreamContent> content);
+
+// Whether the content is a whole stored file (it starts with a WAV or AIFF header) rather
+// than the samples alone, which some writers put under a WAVE or AIFC descriptor whose
+// Summary then is the only header.
+bool holdsStoredFile(const StreamContent& content);
 
 // The header of the WAV or AIFF/AIFF-C file that `content` holds (it must lie within the
 // first MiB), checked against the content's size; `summary` receives the bytes before the

@@ -113,7 +113,7 @@ TEST_F(ExtractFromBuiltFile, WritesWhatItCanAndNamesWhatFailed) {
         testsupport::embedRawPcm(*file, "Cut short", shortOne, 1000, cut);
         const std::vector<uint8_t> wav = testsupport::wavBytes(shortOne);
         std::vector<uint8_t> broken = wav;
-        std::copy_n("RIFX", 4, broken.begin());
+        broken[20] = 0x55;  // format tag: MP3 in a WAV header
         testsupport::embedStored(*file, "Broken", AUID_AAFWAVEDescriptor,
                                  std::vector<uint8_t>(wav.begin(), wav.begin() + 44), broken);
         std::vector<uint8_t> truncated = wav;
@@ -184,6 +184,29 @@ TEST_F(ExtractFromBuiltFile, DuplicateNamesAreNumberedAndPictureIsSkipped) {
     EXPECT_EQ(manifest["files"][1]["file"], "Same-2.wav");
     ASSERT_EQ(manifest["skipped"].size(), 1u);
     EXPECT_NE(manifest["skipped"][0]["reason"].get<std::string>().find("video essence"), std::string::npos);
+}
+
+// The samples alone under the AIFC descriptor the writer gives every sound clip: read in
+// the Summary's layout (big-endian, 2 channels of 24 bits) and written as WAV.
+TEST_F(ExtractFromBuiltFile, SamplesAloneFollowTheirDescriptorsSummary) {
+    const Pcm pcm = testsupport::knownPcm(2, 24, 48000, 1000);
+    {
+        std::unique_ptr<aafkit::File> file = testsupport::openAaf(path_);
+        ASSERT_TRUE(file);
+        aafMobID_t id;
+        aafkit::getMobId(*testsupport::fileMobOf(*file, "Dialogue 1/2: take \"A\""), PID_Mob_MobID, id);
+        ASSERT_EQ(aafkit::addEssenceData(*file, id,
+                                         std::make_unique<aafkit::MemoryStream>(testsupport::rawPcm(pcm, true))),
+                  AAFRESULT_SUCCESS);
+        ASSERT_TRUE(file->save(path_ + ".new").ok());
+        fs::rename(path_ + ".new", path_);
+    }
+    const testsupport::ToolRun run = testsupport::runTool("extract " + path_ + " " + folder_);
+    EXPECT_EQ(run.exitCode, 0) << run.output;
+    const Pcm extracted = testsupport::readAudioFile(folder_ + "/Dialogue 1_2_ take _A_.wav");
+    EXPECT_EQ(extracted.channels, 2);
+    EXPECT_EQ(extracted.bits, 24);
+    EXPECT_TRUE(extracted.samples == pcm.samples);
 }
 
 TEST(ExtractCommand, RefusesFilesWithoutEssenceAndFoldersItCannotWrite) {

@@ -68,13 +68,15 @@ WaveWriter::~WaveWriter() {
     if (file_) sf_close(file_);
 }
 
-aafkit::Status WaveWriter::open(const std::string& path, int channels, int sampleRate, int bits,
+aafkit::Status WaveWriter::open(const std::string& path, int channels, int sampleRate, int bits, bool bigEndian,
                                 std::optional<uint64_t> timeReference) {
     SF_INFO info = {};
     info.channels = channels;
     info.samplerate = sampleRate;
     info.format = SF_FORMAT_WAV | subtypeOfBits(bits);
-    blockAlign_ = size_t(channels) * size_t((bits + 7) / 8);
+    sampleBytes_ = size_t((bits + 7) / 8);
+    blockAlign_ = size_t(channels) * sampleBytes_;
+    swap_ = bigEndian && sampleBytes_ > 1;
     if (!subtypeOfBits(bits) || blockAlign_ > sizeof partial_ || !sf_format_check(&info))
         return aafkit::Status::error(std::to_string(channels) + " channels of " + std::to_string(bits) +
                                      "-bit PCM at " + std::to_string(sampleRate) + " Hz cannot be written as WAV");
@@ -92,6 +94,12 @@ aafkit::Status WaveWriter::open(const std::string& path, int channels, int sampl
 }
 
 aafkit::Status WaveWriter::writeFrames(const uint8_t* bytes, size_t size) {
+    if (swap_) {
+        swapped_.assign(bytes, bytes + size);
+        for (size_t at = 0; at + sampleBytes_ <= size; at += sampleBytes_)
+            std::reverse(swapped_.begin() + long(at), swapped_.begin() + long(at + sampleBytes_));
+        bytes = swapped_.data();
+    }
     if (size && sf_write_raw(file_, bytes, sf_count_t(size)) != sf_count_t(size))
         return aafkit::Status::error("cannot write " + path_ + ": " + sf_strerror(file_));
     return aafkit::Status();

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "aafkit/Status.h"
 
@@ -21,8 +22,8 @@ aafkit::Status probeAudioFile(const std::string& path, AudioFileInfo& out);
 
 struct sf_private_tag;
 
-// A WAV file being written from interleaved little-endian PCM bytes. Bytes may come in
-// any pieces; they are written a whole frame at a time.
+// A WAV file being written from interleaved PCM bytes (big-endian ones are swapped).
+// Bytes may come in any pieces; they are written a whole frame at a time.
 class WaveWriter {
 public:
     WaveWriter() = default;
@@ -31,7 +32,7 @@ public:
     WaveWriter& operator=(const WaveWriter&) = delete;
 
     // timeReference: the first sample's position since midnight, for the bext chunk.
-    aafkit::Status open(const std::string& path, int channels, int sampleRate, int bits,
+    aafkit::Status open(const std::string& path, int channels, int sampleRate, int bits, bool bigEndian,
                         std::optional<uint64_t> timeReference);
     aafkit::Status write(const uint8_t* bytes, size_t size);
     // Answers how many trailing bytes did not make a whole frame (dropped).
@@ -43,6 +44,9 @@ private:
     sf_private_tag* file_ = nullptr;
     std::string path_;
     size_t blockAlign_ = 0;
+    size_t sampleBytes_ = 0;
+    bool swap_ = false;
+    std::vector<uint8_t> swapped_;
     uint8_t partial_[128] = {};
     size_t partialSize_ = 0;
 };

@@ -4,22 +4,17 @@
 #include <memory>
 #include <string>
 
-#include "aafkit/om/StreamContent.h"
+#include "aafkit/io/InputFile.h"
+#include "aafkit/io/StreamContent.h"
 
 class FileStream : public aafkit::StreamContent {
 public:
     static aafkit::Status open(const std::string& path, std::unique_ptr<FileStream>& out);
-    ~FileStream() override;
-    FileStream(const FileStream&) = delete;
-    FileStream& operator=(const FileStream&) = delete;
 
-    uint64_t size() const override { return size_; }
-    aafkit::Status read(uint64_t offset, uint8_t* out, size_t n) const override;
+    uint64_t size() const override { return file_->size(); }
+    aafkit::Status read(uint64_t offset, uint8_t* out, size_t n) const override { return file_->read(offset, out, n); }
 
 private:
-    FileStream(int descriptor, uint64_t size, std::string path)
-        : descriptor_(descriptor), size_(size), path_(std::move(path)) {}
-    int descriptor_;
-    uint64_t size_;
-    std::string path_;
+    explicit FileStream(std::unique_ptr<aafkit::io::InputFile> file) : file_(std::move(file)) {}
+    std::unique_ptr<aafkit::io::InputFile> file_;
 };

@@ -88,11 +88,12 @@ private:
         }
         const aafkit::StreamContent* stream = nullptr;
         Json row = {{"clip", entry.clipName}, {"mobId", entry.mobIdText}};
-        aafkit::Status done = aafkit::getEssenceStream(*entry.essenceData, stream) != AAFRESULT_SUCCESS || !stream
-                                  ? aafkit::Status::error("the EssenceData has no Data stream")
-                              : entry.audio.layout == aafkit::EssenceLayout::RawPcm
-                                  ? extractPcm(entry, *stream, row)
-                                  : extractStored(entry, *stream, row);
+        const aafkit::Status done =
+            aafkit::getEssenceStream(*entry.essenceData, stream) != AAFRESULT_SUCCESS || !stream
+                ? aafkit::Status::error("the EssenceData has no Data stream")
+            : entry.audio.layout == aafkit::EssenceLayout::StoredFile && aafkit::holdsStoredFile(*stream)
+                ? extractStored(entry, *stream, row)
+                : extractPcm(entry, *stream, row);
         if (!done) {
             std::fprintf(stderr, "aafbridge extract: \"%s\": %s\n", entry.label().c_str(), done.message().c_str());
             errors_.push_back({{"clip", entry.clipName}, {"mobId", entry.mobIdText}, {"error", done.message()}});
@@ -121,7 +122,9 @@ private:
         const std::string name = names_.take(stemOf(entry), ".wav");
         PendingFile output((folder_ / name).string());
         WaveWriter writer;
-        if (aafkit::Status s = writer.open(output.temporaryPath(), audio.channels, rate, audio.bits, reference); !s)
+        if (aafkit::Status s =
+                writer.open(output.temporaryPath(), audio.channels, rate, audio.bits, audio.bigEndian, reference);
+            !s)
             return s;
         if (aafkit::Status s = aafkit::copyChunks(
                 stream, [&](const uint8_t* bytes, size_t size) { return writer.write(bytes, size); });
