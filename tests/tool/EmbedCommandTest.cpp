@@ -17,7 +17,9 @@ using testsupport::Pcm;
 class EmbedCommand : public ::testing::Test {
 protected:
     void SetUp() override {
-        folder_ = testsupport::temporaryPath("embed");
+        // One folder per test: ctest runs the tests in parallel.
+        folder_ = testsupport::temporaryPath(std::string("embed-") +
+                                             ::testing::UnitTest::GetInstance()->current_test_info()->name());
         fs::remove_all(folder_);
         fs::create_directories(folder_ + "/media");
     }

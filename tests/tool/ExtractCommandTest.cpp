@@ -86,8 +86,10 @@ TEST(ExtractCommand, SaysWhenTheDescriptorClaimsMoreThanTheStreamHolds) {
 class ExtractFromBuiltFile : public ::testing::Test {
 protected:
     void SetUp() override {
-        path_ = testsupport::temporaryPath("extract-built.aaf");
-        folder_ = freshFolder("extract-built");
+        // Per test: ctest runs the tests in parallel.
+        const std::string test = ::testing::UnitTest::GetInstance()->current_test_info()->name();
+        path_ = testsupport::temporaryPath("extract-" + test + ".aaf");
+        folder_ = freshFolder("extract-" + test);
         testsupport::writeClips(path_, {testsupport::audioClip("Dialogue 1/2: take \"A\"", "/none/a.wav", 2, 24, 1000),
                                         testsupport::audioClip("Cut short", "/none/b.wav", 1, 16, 1000),
                                         testsupport::audioClip("Broken", "/none/c.wav", 1, 16, 1000),
