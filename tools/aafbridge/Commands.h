@@ -6,3 +6,4 @@ int runCopy(int argc, char** argv);
 int runTimeline(int argc, char** argv);
 int runWrite(int argc, char** argv);
 int runDemo(int argc, char** argv);
+int runOtio(int argc, char** argv);

@@ -17,6 +17,7 @@ const Command kCommands[] = {
     {"copy", "copy IN OUT                 load IN and save every object into OUT", runCopy},
     {"timeline", "timeline FILE [--json]     the composition as a host reads it", runTimeline},
     {"write", "write INPUT.json OUT.aaf    build a file from a JSON description", runWrite},
+    {"otio", "otio FILE.aaf [-o OUT.otio]  the composition as an OpenTimelineIO timeline", runOtio},
     {"demo", "demo OUT.aaf                write a built-in demo composition", runDemo},
 };
 

@@ -7,6 +7,7 @@
 #include <string>
 
 #include "Commands.h"
+#include "HostView.h"
 #include "aafbridge/aaf_reader.h"
 #include "aafkit/Values.h"
 
@@ -154,21 +155,27 @@ void printText(const Json& t) {
 
 }  // namespace
 
+bool readHostView(const std::string& path, Json& view) {
+    AafParseContext* context = nullptr;
+    if (OpenAafFile(aafkit::utf8ToWide(path).c_str(), &context) != 0) return false;
+    ParseClips(context);
+    ParseComposition(context);
+    view = timelineJson(context);
+    CloseFile(context);
+    return true;
+}
+
 int runTimeline(int argc, char** argv) {
     const bool json = argc == 2 && std::strcmp(argv[1], "--json") == 0;
     if (argc != 1 && !json) {
         std::fprintf(stderr, "usage: aafbridge timeline FILE [--json]\n");
         return 2;
     }
-    AafParseContext* context = nullptr;
-    if (OpenAafFile(aafkit::utf8ToWide(argv[0]).c_str(), &context) != 0) {
+    Json timeline;
+    if (!readHostView(argv[0], timeline)) {
         std::fprintf(stderr, "aafbridge: cannot open %s as an AAF file\n", argv[0]);
         return 1;
     }
-    ParseClips(context);
-    ParseComposition(context);
-    const Json timeline = timelineJson(context);
-    CloseFile(context);
     if (json)
         std::cout << timeline.dump(2) << "\n";
     else
