@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "Commands.h"
+#include "otio.h"
 #include "aafbridge/aaf_writer.h"
 #include "aafkit/Values.h"
 #include "aafkit/meta/BaselineModel.h"
@@ -326,6 +327,14 @@ int runWrite(int argc, char** argv) {
     } catch (const Json::parse_error& error) {
         std::fprintf(stderr, "aafbridge write: %s is not valid JSON: %s\n", argv[0], error.what());
         return 1;
+    }
+    if (isOtioInput(argv[0], description)) {
+        try {
+            description = descriptionFromOtio(description);
+        } catch (const std::runtime_error& refusal) {
+            std::fprintf(stderr, "aafbridge write: %s\n", refusal.what());
+            return 1;
+        }
     }
     return writeDescription(description, argv[1]);
 }
