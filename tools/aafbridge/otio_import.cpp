@@ -40,8 +40,8 @@ const Json* member(const Json& object, const char* key) {
     return object.is_object() && object.contains(key) ? &object[key] : nullptr;
 }
 
-// The rate every time is converted to: the first clip's or gap's, else the global start
-// time's, else OTIO's default of 24.
+// The rate every time is converted to: the first clip's or gap's, else the edit rate an
+// empty track kept from its AAF file, else the global start time's, else OTIO's default of 24.
 double firstRate(const Json& timeline) {
     const Json* stack = member(timeline, "tracks");
     const Json* tracks = stack ? member(*stack, "children") : nullptr;
@@ -53,6 +53,12 @@ double firstRate(const Json& timeline) {
             const Json* rate = duration ? member(*duration, "rate") : nullptr;
             if (rate && rate->is_number()) return rate->get<double>();
         }
+    }
+    for (const Json& track : tracks && tracks->is_array() ? *tracks : kNothing) {
+        const Json* metadata = member(track, "metadata");
+        const Json* own = metadata ? member(*metadata, "aafbridge") : nullptr;
+        const Json* rate = own ? member(*own, "editRate") : nullptr;
+        if (rate && rate->is_number()) return rate->get<double>();
     }
     const Json* start = member(timeline, "global_start_time");
     const Json* rate = start ? member(*start, "rate") : nullptr;
@@ -249,7 +255,10 @@ private:
         const std::vector<double> keyFrames = data.has("keyFrames") ? numbers(data["keyFrames"]) : std::vector<double>();
         if (values.empty()) data["params"].refuse("an effect needs at least one value");
         if (keyFrames.size() > values.size()) data["keyFrames"].refuse("more key frames than values");
-        return {{"type", type->second}, {"values", values}, {"keyFrames", keyFrames}};
+        Json event = {{"type", type->second}, {"values", values}, {"keyFrames", keyFrames}};
+        // An effect read from an AAF file says how much it covered there.
+        if (data.has("length")) event["covers"] = data["length"].number();
+        return event;
     }
 
     static std::vector<double> numbers(const OtioNode& list) {
@@ -297,7 +306,12 @@ private:
                 if (entry.duration > 0) events.push_back({{"type", "filler"}, {"length", entry.duration}});
             } else {
                 events.push_back(clipEvent(entry, video));
-                for (Json effect : entry.effects) {
+                for (size_t e = 0; e < entry.effects.size(); ++e) {
+                    Json effect = entry.effects[e];
+                    if (effect.contains("covers") && effect["covers"].get<double>() != double(entry.duration))
+                        entry.node["effects"].at(e).refuse("covers " + effect["covers"].dump() +
+                                                           " edit units, more than this clip: the writer's effects cover one clip");
+                    effect.erase("covers");
                     effect["length"] = entry.duration;
                     events.push_back(std::move(effect));
                 }
