@@ -85,15 +85,17 @@ public:
                          [](const Json& a, const Json& b) { return a["position"] < b["position"]; });
         for (size_t c = 0; c < clips_.size(); ++c)
             for (Json& track : clips_[c]["tracks"]) track["length"] = clips_[c]["length"];
-        return {{"clips", clips_},
-                {"composition",
-                 {{"name", timeline_.text("name", "")},
-                  {"rate", {rate_.numerator, rate_.denominator}},
-                  {"timecodeStart", timecodeStart()},
-                  {"timecodeLength", longestTrack_},
-                  {"dropFrame", dropFrame()}}},
-                {"tracks", tracks_},
-                {"markers", markers_}};
+        // Built member by member: a braced list would copy every event.
+        Json description = Json::object();
+        description["clips"] = std::move(clips_);
+        description["composition"] = {{"name", timeline_.text("name", "")},
+                                      {"rate", {rate_.numerator, rate_.denominator}},
+                                      {"timecodeStart", timecodeStart()},
+                                      {"timecodeLength", longestTrack_},
+                                      {"dropFrame", dropFrame()}};
+        description["tracks"] = std::move(tracks_);
+        description["markers"] = std::move(markers_);
+        return description;
     }
 
 private:
@@ -146,8 +148,10 @@ private:
 
     // Markers of an item whose own time `sourceStart` sits at `position` on the timeline.
     void addMarkers(const OtioNode& owner, int64_t offset) {
-        for (size_t m = 0; m < owner.count("markers"); ++m) {
-            const OtioNode marker = owner["markers"].at(m);
+        if (owner.count("markers") == 0) return;
+        const OtioNode markers = owner["markers"];
+        for (size_t m = 0; m < markers.size(); ++m) {
+            const OtioNode marker = markers.at(m);
             if (marker.schema() != "Marker") marker.refuse(marker.schema() + " is not supported here: expected a Marker");
             const std::string name = marker.text("name", ""), comment = marker.text("comment", "");
             const std::string text = comment.empty() ? name : name.empty() ? comment : name + ": " + comment;
@@ -172,7 +176,9 @@ private:
         }
         longestTrack_ = std::max(longestTrack_, position);
         giveBackOverlaps(entries);
-        tracks_.push_back({{"kind", kind == "Video" ? "video" : "audio"}, {"events", events(entries, kind == "Video")}});
+        Json& added = tracks_.emplace_back(Json::object());
+        added["kind"] = kind == "Video" ? "video" : "audio";
+        added["events"] = events(entries, kind == "Video");
     }
 
     Entry entry(const OtioNode& child) {
@@ -218,10 +224,10 @@ private:
         Media media;
         media.name = clip.text("name", "");
         if (!clip.has("media_references") && !clip.has("media_reference")) return media;  // OTIO's default: missing
-        const OtioNode reference =
-            clip.has("media_references")
-                ? clip["media_references"][clip.text("active_media_reference_key", "DEFAULT_MEDIA").c_str()]
-                : clip["media_reference"];  // the single reference of older documents
+        const std::string key = clip.text("active_media_reference_key", "DEFAULT_MEDIA");
+        // Older documents hold a single reference.
+        const OtioNode references = clip[clip.has("media_references") ? "media_references" : "media_reference"];
+        const OtioNode reference = clip.has("media_references") ? references[key.c_str()] : references;
         const std::string schema = reference.schema();
         if (schema == "ExternalReference")
             media.path = reference["target_url"].text();
@@ -250,7 +256,8 @@ private:
         auto type = kTypes.find(name);
         if (type == kTypes.end())
             effect["effect_name"].refuse("\"" + name + "\" is not supported: the writer takes Volume, Pan, Composite and LinearTimeWarp");
-        const OtioNode data = effect["metadata"]["aafbridge"];
+        const OtioNode metadata = effect["metadata"];
+        const OtioNode data = metadata["aafbridge"];
         const std::vector<double> values = numbers(data["params"]);
         const std::vector<double> keyFrames = data.has("keyFrames") ? numbers(data["keyFrames"]) : std::vector<double>();
         if (values.empty()) data["params"].refuse("an effect needs at least one value");
@@ -297,17 +304,25 @@ private:
                                         " such a Transition, so it must face a Gap or the track's end");
     }
 
-    Json events(const std::vector<Entry>& entries, bool video) {
+    static Json event(const char* type, int64_t length) {
+        Json event = Json::object();
+        event["type"] = type;
+        event["length"] = length;
+        return event;
+    }
+
+    Json events(std::vector<Entry>& entries, bool video) {
         Json events = Json::array();
-        for (const Entry& entry : entries) {
+        for (Entry& entry : entries) {
             if (entry.kind == Entry::Kind::transition) {
-                events.push_back({{"type", "transition"}, {"cutPoint", entry.in}, {"length", entry.in + entry.out}});
+                events.push_back(event("transition", entry.in + entry.out));
+                events.back()["cutPoint"] = entry.in;
             } else if (entry.kind == Entry::Kind::gap) {
-                if (entry.duration > 0) events.push_back({{"type", "filler"}, {"length", entry.duration}});
+                if (entry.duration > 0) events.push_back(event("filler", entry.duration));
             } else {
                 events.push_back(clipEvent(entry, video));
                 for (size_t e = 0; e < entry.effects.size(); ++e) {
-                    Json effect = entry.effects[e];
+                    Json& effect = entry.effects[e];
                     if (effect.contains("covers") && effect["covers"].get<double>() != double(entry.duration))
                         entry.node["effects"].at(e).refuse("covers " + effect["covers"].dump() +
                                                            " edit units, more than this clip: the writer's effects cover one clip");
@@ -341,11 +356,11 @@ private:
         while (track < tracks.size() && tracks[track]["kind"] != kindName(video)) ++track;
         if (track == tracks.size())
             tracks.push_back({{"kind", kindName(video)}, {"editRate", {rate_.numerator, rate_.denominator}}});
-        return {{"type", "clip"},
-                {"clip", uint32_t(found.first->second + 1)},
-                {"track", uint32_t(track + 1)},
-                {"inPoint", inPoint},
-                {"length", entry.duration}};
+        Json event = Import::event("clip", entry.duration);
+        event["clip"] = uint32_t(found.first->second + 1);
+        event["track"] = uint32_t(track + 1);
+        event["inPoint"] = inPoint;
+        return event;
     }
 
     OtioNode timeline_;

@@ -1,7 +1,9 @@
 #pragma once
 // A value of an OpenTimelineIO document together with its path in the document, so that
 // every refusal names the item: `tracks.children[1].children[4]: ...`. Access is checked:
-// a missing member or a value of the wrong kind is refused, never read.
+// a missing member or a value of the wrong kind is refused, never read. A node refers to its
+// parent and to its key, so both must outlive it; the path is put together only for a
+// refusal, as building it on every step cost more than the rest of the reading.
 #include <cmath>
 #include <string>
 #include <utility>
@@ -10,26 +12,36 @@
 
 class OtioNode {
 public:
-    OtioNode(const nlohmann::json& value, std::string path) : value_(value), path_(std::move(path)) {}
+    OtioNode(const nlohmann::json& value, std::string path) : value_(value), root_(std::move(path)) {}
 
     const nlohmann::json& json() const { return value_; }
 
+    std::string path() const {
+        if (!parent_) return root_;
+        const std::string above = parent_->path();
+        if (!key_) return above + "[" + std::to_string(index_) + "]";
+        return above.empty() ? key_ : above + "." + key_;
+    }
+
     [[noreturn]] void refuse(const std::string& why) const {
-        throw OtioRefusal((path_.empty() ? std::string("document") : path_) + ": " + why);
+        const std::string where = path();
+        throw OtioRefusal((where.empty() ? std::string("document") : where) + ": " + why);
     }
 
     // Present and not null.
-    bool has(const char* key) const { return object().contains(key) && !value_[key].is_null(); }
+    bool has(const char* key) const {
+        auto found = object().find(key);
+        return found != value_.end() && !found->is_null();
+    }
 
     OtioNode operator[](const char* key) const {
-        if (!object().contains(key)) refuse(std::string("missing \"") + key + "\"");
-        return OtioNode(value_[key], path_.empty() ? key : path_ + "." + key);
+        auto found = object().find(key);
+        if (found == value_.end()) refuse(std::string("missing \"") + key + "\"");
+        return OtioNode(*found, this, key, 0);
     }
 
     // The element at `index` of an array, which must be below size().
-    OtioNode at(size_t index) const {
-        return OtioNode(value_[index], path_ + "[" + std::to_string(index) + "]");
-    }
+    OtioNode at(size_t index) const { return OtioNode(value_[index], this, nullptr, index); }
 
     size_t size() const {
         if (!value_.is_array()) refuse("expected an array");
@@ -57,9 +69,9 @@ public:
 
     bool flag(const char* key, bool fallback) const {
         if (!has(key)) return fallback;
-        const nlohmann::json& value = value_[key];
-        if (!value.is_boolean()) (*this)[key].refuse("expected true or false");
-        return value.get<bool>();
+        const OtioNode value = (*this)[key];
+        if (!value.value_.is_boolean()) value.refuse("expected true or false");
+        return value.value_.get<bool>();
     }
 
     // The schema's name without its version: "Clip" for "Clip.2".
@@ -79,6 +91,12 @@ private:
         return value_;
     }
 
+    OtioNode(const nlohmann::json& value, const OtioNode* parent, const char* key, size_t index)
+        : value_(value), parent_(parent), key_(key), index_(index) {}
+
     const nlohmann::json& value_;
-    std::string path_;
+    const OtioNode* parent_ = nullptr;
+    std::string root_;
+    const char* key_ = nullptr;  // null for an array element
+    size_t index_ = 0;
 };
