@@ -187,7 +187,7 @@ TEST_F(OtioWrite, WhatTheWriterCannotExpressIsRefusedByPath) {
     expectRefused(timeline({track("Audio", {tooManyKeys})}), "effects[0].metadata.aafbridge.keyFrames: more key frames");
     Json reversed = clip("A", 0, 10, 25);
     reversed["effects"] = {{{"OTIO_SCHEMA", "LinearTimeWarp.1"}, {"time_scalar", -1.0}}};
-    expectRefused(timeline({track("Video", {reversed})}), "effects[0].time_scalar: the writer takes forward speeds only");
+    expectRefused(timeline({track("Video", {reversed})}), "effects[0].time_scalar: the writer takes forward speeds");
 }
 
 TEST_F(OtioWrite, BadDocumentsAreNamed) {
@@ -207,6 +207,33 @@ TEST_F(OtioWrite, BadDocumentsAreNamed) {
     expectRefused(timeline({clip("A", 0, 10, 25)}), "tracks.children[0]: Clip is not supported here");
     // The tool's own description in a file named .otio is taken for OTIO, and says so.
     expectRefused({{"composition", {{"name", "C"}, {"rate", {25, 1}}}}}, "document: missing \"OTIO_SCHEMA\"");
+}
+
+// Every value of a small document replaced in turn by a value of another kind: each write
+// either succeeds or is refused, never crashes.
+void collectPointers(const Json& value, const Json::json_pointer& at, std::vector<Json::json_pointer>& out) {
+    out.push_back(at);
+    if (value.is_object())
+        for (const auto& [key, child] : value.items()) collectPointers(child, at / key, out);
+    if (value.is_array())
+        for (size_t i = 0; i < value.size(); ++i) collectPointers(value[i], at / i, out);
+}
+
+TEST_F(OtioWrite, ValuesOfTheWrongKindAreRefusedNeverFatal) {
+    Json a = clip("A", 0, 50, 25);
+    a["effects"].push_back(effect("Volume", {0.0, 1.0}, {0.0, 1.0}));
+    const Json document = timeline({track("Audio", {a, transition(5, 5, 25), gap(20, 25)})}, {marker("m", 3, 25)},
+                                   time(90000, 25));
+    std::vector<Json::json_pointer> pointers;
+    collectPointers(document, Json::json_pointer(), pointers);
+    for (const Json& replacement : {Json(nullptr), Json(-1e300)}) {
+        for (const Json::json_pointer& at : pointers) {
+            Json changed = document;
+            changed[at] = replacement;
+            const testsupport::ToolRun run = write(changed.dump());
+            EXPECT_TRUE(run.exitCode == 0 || run.exitCode == 1) << at.to_string() << " " << run.output;
+        }
+    }
 }
 
 }  // namespace

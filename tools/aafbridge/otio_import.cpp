@@ -36,6 +36,9 @@ struct Entry {
 
 const Json kNothing = Json::array();
 
+// Times beyond this many edit units are refused, so that sums of them stay far from overflow.
+constexpr double kLongest = 1e12;
+
 const Json* member(const Json& object, const char* key) {
     return object.is_object() && object.contains(key) ? &object[key] : nullptr;
 }
@@ -110,7 +113,7 @@ private:
             time.refuse(time["value"].json().dump() + " at " + time["rate"].json().dump() +
                         " is not a whole number of edit units at " + std::to_string(rate_.numerator) + "/" +
                         std::to_string(rate_.denominator) + ", the rate every track is written at");
-        if (std::fabs(whole) > 1e15) time.refuse("out of range");
+        if (std::fabs(whole) > kLongest) time.refuse("out of range");
         return int64_t(whole);
     }
 
@@ -124,6 +127,7 @@ private:
         if (!timeline_.has("global_start_time")) return 0;
         const OtioNode start = timeline_["global_start_time"];
         const double value = start["value"].number(), rate = start["rate"].number();
+        if (rate <= 0) start["rate"].refuse("not a frame rate");
         // Timecode counts frames at the whole rate, 24 for 23.976.
         const double frames = std::ceil(rate) == std::ceil(rate_.value()) ? value : value * std::ceil(rate_.value()) / rate;
         if (frames < 0 || frames > 4294967295.0 || std::fabs(frames - std::round(frames)) > 1e-6)
@@ -173,6 +177,7 @@ private:
             const Entry& added = entries.back();
             if (added.kind != Entry::Kind::transition) addMarkers(added.node, position - added.start);
             position += added.duration;
+            if (position > kLongest) added.node.refuse("the track is longer than the writer can take");
         }
         longestTrack_ = std::max(longestTrack_, position);
         giveBackOverlaps(entries);
@@ -246,7 +251,7 @@ private:
         const std::string schema = effect.schema();
         if (schema == "LinearTimeWarp") {
             const double speed = effect["time_scalar"].number();
-            if (speed <= 0) effect["time_scalar"].refuse("the writer takes forward speeds only");
+            if (speed <= 0 || speed > 1000) effect["time_scalar"].refuse("the writer takes forward speeds up to 1000 only");
             return {{"type", "speed"}, {"values", {speed}}};
         }
         if (schema != "Effect") effect.refuse(schema + " is not supported");
