@@ -4,5 +4,5 @@
 #include <nlohmann/json.hpp>
 #include <string>
 
-// False when the file cannot be opened as an AAF file.
+// False, said on standard error, when the file cannot be opened as an AAF file.
 bool readHostView(const std::string& path, nlohmann::ordered_json& view);

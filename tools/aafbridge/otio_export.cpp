@@ -219,11 +219,9 @@ int runOtio(int argc, char** argv) {
         return 2;
     }
     Json view;
-    if (!readHostView(argv[0], view)) {
-        std::fprintf(stderr, "aafbridge: cannot open %s as an AAF file\n", argv[0]);
-        return 1;
-    }
-    const std::string text = otioFromHostView(view, std::filesystem::path(argv[0]).stem().string()).dump(2, ' ', false, Json::error_handler_t::replace) + "\n";
+    if (!readHostView(argv[0], view)) return 1;
+    const Json timeline = otioFromHostView(view, std::filesystem::path(argv[0]).stem().string());
+    const std::string text = timeline.dump(2, ' ', false, Json::error_handler_t::replace) + "\n";
     if (!toFile) {
         std::cout << text;
         return 0;

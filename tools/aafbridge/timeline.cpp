@@ -157,7 +157,10 @@ void printText(const Json& t) {
 
 bool readHostView(const std::string& path, Json& view) {
     AafParseContext* context = nullptr;
-    if (OpenAafFile(aafkit::utf8ToWide(path).c_str(), &context) != 0) return false;
+    if (OpenAafFile(aafkit::utf8ToWide(path).c_str(), &context) != 0) {
+        std::fprintf(stderr, "aafbridge: cannot open %s as an AAF file\n", path.c_str());
+        return false;
+    }
     ParseClips(context);
     ParseComposition(context);
     view = timelineJson(context);
@@ -172,10 +175,7 @@ int runTimeline(int argc, char** argv) {
         return 2;
     }
     Json timeline;
-    if (!readHostView(argv[0], timeline)) {
-        std::fprintf(stderr, "aafbridge: cannot open %s as an AAF file\n", argv[0]);
-        return 1;
-    }
+    if (!readHostView(argv[0], timeline)) return 1;
     if (json)
         std::cout << timeline.dump(2) << "\n";
     else
