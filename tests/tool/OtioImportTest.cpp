@@ -117,16 +117,17 @@ TEST_F(OtioWrite, ClipsGiveBackTheirTransitionOverlapAndShareTheirMedia) {
 
 TEST_F(OtioWrite, RatesAre2398AndTracksAtOtherRatesAreConverted) {
     const double ntsc = 24000.0 / 1001;
-    const Json view = written(timeline({track("Video", {clip("A", 0, 48, 23.976), clip("B", 10, 24, ntsc)}),
-                                        track("Audio", {clip("A", 0, 96096, 48000)})},
+    // The sound track comes first; the picture's rate is still the composition's.
+    const Json view = written(timeline({track("Audio", {clip("A", 0, 96096, 48000)}),
+                                        track("Video", {clip("A", 0, 48, 23.976), clip("B", 10, 24, ntsc)})},
                                        Json::array(), time(86400, 24)));
-    EXPECT_DOUBLE_EQ(view["tracks"][0]["editRate"].get<double>(), ntsc);
+    EXPECT_DOUBLE_EQ(view["tracks"][1]["editRate"].get<double>(), ntsc);
     EXPECT_EQ(view["timecode"]["fps"], 24);
     EXPECT_EQ(view["timecode"]["start"], 86400);
-    EXPECT_EQ(view["tracks"][0]["events"][1]["length"], 24);
+    EXPECT_EQ(view["tracks"][1]["events"][1]["length"], 24);
     // Every track is written at the composition's rate: 96096 samples at 48000 are 48 frames
     // at 23.976 (96000 would fall between two frames and be refused).
-    EXPECT_EQ(view["tracks"][1]["events"][0]["length"], 48);
+    EXPECT_EQ(view["tracks"][0]["events"][0]["length"], 48);
 }
 
 TEST_F(OtioWrite, ATransitionFirstOrLastFacesTheWritersOwnFiller) {

@@ -43,18 +43,29 @@ const Json* member(const Json& object, const char* key) {
     return object.is_object() && object.contains(key) ? &object[key] : nullptr;
 }
 
-// The rate every time is converted to: the first clip's or gap's, else the edit rate an
-// empty track kept from its AAF file, else the global start time's, else OTIO's default of 24.
+const Json* firstItemRate(const Json& track) {
+    const Json* children = member(track, "children");
+    for (const Json& child : children && children->is_array() ? *children : kNothing) {
+        const Json* range = member(child, "source_range");
+        const Json* duration = range ? member(*range, "duration") : nullptr;
+        const Json* rate = duration ? member(*duration, "rate") : nullptr;
+        if (rate && rate->is_number()) return rate;
+    }
+    return nullptr;
+}
+
+// The rate every time is converted to: the first clip's or gap's, on a video track if there
+// is one (sound at the sample rate would make the picture's timecode count samples); else the
+// edit rate an empty track kept from its AAF file, else the global start time's, else OTIO's
+// default of 24.
 double firstRate(const Json& timeline) {
     const Json* stack = member(timeline, "tracks");
     const Json* tracks = stack ? member(*stack, "children") : nullptr;
-    for (const Json& track : tracks && tracks->is_array() ? *tracks : kNothing) {
-        const Json* children = member(track, "children");
-        for (const Json& child : children && children->is_array() ? *children : kNothing) {
-            const Json* range = member(child, "source_range");
-            const Json* duration = range ? member(*range, "duration") : nullptr;
-            const Json* rate = duration ? member(*duration, "rate") : nullptr;
-            if (rate && rate->is_number()) return rate->get<double>();
+    for (const bool videoOnly : {true, false}) {
+        for (const Json& track : tracks && tracks->is_array() ? *tracks : kNothing) {
+            const Json* kind = member(track, "kind");
+            const Json* rate = firstItemRate(track);
+            if (rate && (!videoOnly || (kind && *kind == "Video"))) return rate->get<double>();
         }
     }
     for (const Json& track : tracks && tracks->is_array() ? *tracks : kNothing) {
