@@ -163,11 +163,19 @@ Json trackJson(const Json& track, uint32_t index, const std::string& name, const
     return object;
 }
 
-// Markers sit on the top Stack at the composition's rate: the first track's, else the
-// timecode's.
+// The composition's rate, which the reader does not report: the first video track's, else
+// the first track's, else the timecode's, else OTIO's default of 24.
+double compositionRate(const Json& view) {
+    for (const Json& track : view["tracks"])
+        if (track["type"] == "video") return track["editRate"];
+    if (!view["tracks"].empty()) return view["tracks"][0]["editRate"];
+    const uint32_t fps = view["timecode"]["fps"];
+    return fps ? fps : 24.0;
+}
+
+// Markers sit on the top Stack at the composition's rate.
 Json markersJson(const Json& view) {
-    const Json& tracks = view["tracks"];
-    const double rate = tracks.empty() ? view["timecode"]["fps"].get<double>() : tracks[0]["editRate"].get<double>();
+    const double rate = compositionRate(view);
     Json markers = Json::array();
     for (const Json& marker : view["markers"]) {
         Json object = item("Marker.2", marker["text"].get<std::string>(), {});
