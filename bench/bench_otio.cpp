@@ -1,10 +1,9 @@
 // OpenTimelineIO both ways, beside the tool's own JSON: the export of all samples against
 // the host view that `timeline --json` prints, and the write of a 10,000-event timeline from
-// OTIO against the same timeline from the tool's own description. Peak memory (getrusage)
-// is reported beside the time; it is the process's peak so far, so run one benchmark at a
-// time (--benchmark_filter) for a figure of its own.
+// OTIO against the same timeline from the tool's own description. Peak memory is reported
+// beside the time; it is the process's peak so far, so run one benchmark at a time
+// (--benchmark_filter) for a figure of its own.
 #include <benchmark/benchmark.h>
-#include <sys/resource.h>
 
 #include <cstdio>
 #include <filesystem>
@@ -13,6 +12,7 @@
 #include <vector>
 
 #include "BenchSamples.h"
+#include "ChildProcess.h"
 #include "tools/aafbridge/Commands.h"
 #include "tools/aafbridge/HostView.h"
 #include "tools/aafbridge/otio.h"
@@ -23,16 +23,6 @@ using Json = nlohmann::json;
 
 constexpr int kClips = 100;  // first half picture, second half sound
 constexpr int kBlocks = 625;  // eight events per block on each of two tracks: 10,000 events
-
-void reportPeakMemory(benchmark::State& state) {
-    rusage usage{};
-    getrusage(RUSAGE_SELF, &usage);
-#ifdef __APPLE__
-    state.counters["peakMB"] = double(usage.ru_maxrss) / 1e6;
-#else
-    state.counters["peakMB"] = double(usage.ru_maxrss) / 1e3;
-#endif
-}
 
 std::string temporary(const char* name) { return (std::filesystem::temp_directory_path() / name).string(); }
 
@@ -51,7 +41,7 @@ void convertAllSamples(benchmark::State& state, Convert convert) {
     }
     state.counters["files"] = double(files.size());
     state.counters["MB"] = double(bytes) / 1e6;
-    reportPeakMemory(state);
+    state.counters["peak_MiB"] = selfPeakMiB();
 }
 
 void HostViewJsonAllSamples(benchmark::State& state) {
@@ -134,7 +124,7 @@ void writeLarge(benchmark::State& state, const std::string& input) {
     for (auto _ : state)
         if (write(input, output) != 0) state.SkipWithError("the write failed");
     state.counters["inputMB"] = double(std::filesystem::file_size(input)) / 1e6;
-    reportPeakMemory(state);
+    state.counters["peak_MiB"] = selfPeakMiB();
     std::remove(output.c_str());
 }
 
