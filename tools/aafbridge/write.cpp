@@ -11,9 +11,10 @@
 #include <vector>
 
 #include "Commands.h"
+#include "OpenFile.h"
+#include "ResultText.h"
 #include "aafbridge/aaf_writer.h"
 #include "aafkit/Values.h"
-#include "aafkit/meta/BaselineModel.h"
 
 using Json = nlohmann::json;
 
@@ -24,14 +25,6 @@ struct Failure : std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
-
-std::string codeText(AAFRESULT code) {
-    char hex[16];
-    std::snprintf(hex, sizeof hex, "0x%08X", unsigned(code));
-    for (const auto& row : aafkit::meta::resultCodes())
-        if (row.code == uint32_t(code)) return std::string(hex) + " (" + row.name + ")";
-    return hex;
-}
 
 const Json& required(const Json& object, const char* key, const std::string& where) {
     if (!object.is_object()) throw Failure(where + ": expected an object");
@@ -249,32 +242,28 @@ bool exists(const std::string& path) { return std::ifstream(path).good(); }
 // file, so the tool writes beside OUTPUT and then moves the result over it. Nothing
 // is written unless every call was accepted; a write that fails inside still saves
 // what it wrote, as the library does.
-int writeDescription(const Json& description, const std::string& output) {
+int writeDescription(const Invocation& invocation, const Json& description, const std::string& output) {
     const std::string fresh = output + ".writing";
     std::remove(fresh.c_str());
+    if (!creatableOrReport(invocation, output)) return kExitFailure;
     AafWriterContext* context = nullptr;
     CreateAafWriterContext(&context);
-    int status = 0;
+    int status = kExitSuccess;
     try {
         Builder builder(context);
         builder.clips(description);
         builder.composition(description);
         const AAFRESULT written = WriteAafFile(aafkit::utf8ToWide(fresh).c_str(), context);
-        if (written != 0) {
-            std::fprintf(stderr, "aafbridge write: writing %s failed with %s%s\n", output.c_str(),
-                         codeText(written).c_str(),
-                         exists(fresh) ? "; the file holds what was written before the failure" : "");
-            status = 1;
-        }
+        if (written != 0)
+            status = fail(invocation, "writing " + output + " failed with " + codeText(written) +
+                                          (exists(fresh) ? "; the file holds what was written before the failure" : ""));
     } catch (const Failure& failure) {
-        std::fprintf(stderr, "aafbridge write: %s\n", failure.what());
-        status = 1;
+        status = fail(invocation, failure.what());
     }
     FreeAafWriterContext(context);
     if (exists(fresh) && std::rename(fresh.c_str(), output.c_str()) != 0) {
-        std::fprintf(stderr, "aafbridge write: cannot replace %s\n", output.c_str());
+        status = fail(invocation, "cannot replace " + output + ": " + systemReason());
         std::remove(fresh.c_str());
-        status = 1;
     }
     return status;
 }
@@ -310,30 +299,19 @@ const char* const kDemo = R"({
 
 }  // namespace
 
-int runWrite(int argc, char** argv) {
-    if (argc != 2) {
-        std::fprintf(stderr, "usage: aafbridge write INPUT.json OUTPUT.aaf\n");
-        return 2;
-    }
-    std::ifstream in(argv[0]);
-    if (!in) {
-        std::fprintf(stderr, "aafbridge write: cannot read %s\n", argv[0]);
-        return 1;
-    }
+int runWrite(const Invocation& invocation) {
+    const std::string& input = invocation.operand(0);
+    std::ifstream in(input);
+    if (!in) return fail(invocation, "cannot read " + input + ": " + systemReason());
     Json description;
     try {
         description = Json::parse(in);
     } catch (const Json::parse_error& error) {
-        std::fprintf(stderr, "aafbridge write: %s is not valid JSON: %s\n", argv[0], error.what());
-        return 1;
+        return fail(invocation, input + " is not valid JSON: " + error.what());
     }
-    return writeDescription(description, argv[1]);
+    return writeDescription(invocation, description, invocation.operand(1));
 }
 
-int runDemo(int argc, char** argv) {
-    if (argc != 1) {
-        std::fprintf(stderr, "usage: aafbridge demo OUTPUT.aaf\n");
-        return 2;
-    }
-    return writeDescription(Json::parse(kDemo), argv[0]);
+int runDemo(const Invocation& invocation) {
+    return writeDescription(invocation, Json::parse(kDemo), invocation.operand(0));
 }

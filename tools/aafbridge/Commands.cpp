@@ -1,0 +1,19 @@
+#include "Commands.h"
+
+namespace {
+
+const Option kJson = {"--json", nullptr, "print JSON instead of text"};
+
+}  // namespace
+
+const std::vector<Command>& commands() {
+    static const std::vector<Command> table = {
+        {"objects", {"FILE"}, {kJson}, "every object from the header down, properties decoded by type", runObjects},
+        {"timeline", {"FILE"}, {kJson}, "the composition exactly as a host sees it through the reader", runTimeline},
+        {"copy", {"IN", "OUT"}, {}, "load IN and save every object unchanged into OUT", runCopy},
+        {"write", {"INPUT.json", "OUTPUT.aaf"}, {}, "build a file from a JSON description through the writer calls",
+         runWrite},
+        {"demo", {"OUTPUT.aaf"}, {}, "write the built-in demo composition", runDemo},
+    };
+    return table;
+}
