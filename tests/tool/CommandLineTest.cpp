@@ -12,7 +12,7 @@ namespace {
 
 using testsupport::runTool;
 
-const char* const kCommands[] = {"objects", "timeline", "copy", "write", "demo"};
+const char* const kCommands[] = {"info", "objects", "timeline", "copy", "write", "demo"};
 
 std::string testFile(const std::string& suffix) {
     return testsupport::temporaryPath(std::string(testing::UnitTest::GetInstance()->current_test_info()->name()) +

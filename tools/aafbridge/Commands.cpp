@@ -8,6 +8,7 @@ const Option kJson = {"--json", nullptr, "print JSON instead of text"};
 
 const std::vector<Command>& commands() {
     static const std::vector<Command> table = {
+        {"info", {"FILE"}, {kJson}, "the file at a glance: kind, writers, mobs, compositions, embedded essence", runInfo},
         {"objects", {"FILE"}, {kJson}, "every object from the header down, properties decoded by type", runObjects},
         {"timeline", {"FILE"}, {kJson}, "the composition exactly as a host sees it through the reader", runTimeline},
         {"copy", {"IN", "OUT"}, {}, "load IN and save every object unchanged into OUT", runCopy},

@@ -10,5 +10,6 @@ int runCopy(const Invocation& invocation);
 int runTimeline(const Invocation& invocation);
 int runWrite(const Invocation& invocation);
 int runDemo(const Invocation& invocation);
+int runInfo(const Invocation& invocation);
 
 const std::vector<Command>& commands();
