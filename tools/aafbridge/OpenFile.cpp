@@ -2,15 +2,11 @@
 
 #include <cstdio>
 
-namespace {
-
-bool exists(const std::string& path) {
+bool fileExists(const std::string& path) {
     std::FILE* file = std::fopen(path.c_str(), "rb");
     if (file) std::fclose(file);
     return file != nullptr;
 }
-
-}  // namespace
 
 bool readableOrReport(const Invocation& invocation, const std::string& path) {
     std::FILE* in = std::fopen(path.c_str(), "rb");
@@ -31,7 +27,7 @@ std::unique_ptr<aafkit::File> openOrReport(const Invocation& invocation, const s
 }
 
 bool creatableOrReport(const Invocation& invocation, const std::string& path) {
-    const bool existed = exists(path);
+    const bool existed = fileExists(path);
     // Appending creates a missing file and leaves an existing one untouched.
     std::FILE* out = std::fopen(path.c_str(), "ab");
     if (!out) {

@@ -25,7 +25,6 @@ struct Failure : std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
-
 const Json& required(const Json& object, const char* key, const std::string& where) {
     if (!object.is_object()) throw Failure(where + ": expected an object");
     auto found = object.find(key);
@@ -236,8 +235,6 @@ private:
     std::set<uint32_t> subClips_;
 };
 
-bool exists(const std::string& path) { return std::ifstream(path).good(); }
-
 // Builds and writes; answers the tool's exit code. The library never replaces a
 // file, so the tool writes beside OUTPUT and then moves the result over it. Nothing
 // is written unless every call was accepted; a write that fails inside still saves
@@ -256,12 +253,12 @@ int writeDescription(const Invocation& invocation, const Json& description, cons
         const AAFRESULT written = WriteAafFile(aafkit::utf8ToWide(fresh).c_str(), context);
         if (written != 0)
             status = fail(invocation, "writing " + output + " failed with " + codeText(written) +
-                                          (exists(fresh) ? "; the file holds what was written before the failure" : ""));
+                                          (fileExists(fresh) ? "; the file holds what was written before the failure" : ""));
     } catch (const Failure& failure) {
         status = fail(invocation, failure.what());
     }
     FreeAafWriterContext(context);
-    if (exists(fresh) && std::rename(fresh.c_str(), output.c_str()) != 0) {
+    if (fileExists(fresh) && std::rename(fresh.c_str(), output.c_str()) != 0) {
         status = fail(invocation, "cannot replace " + output + ": " + systemReason());
         std::remove(fresh.c_str());
     }
