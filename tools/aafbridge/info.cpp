@@ -164,7 +164,11 @@ void printText(const Json& info) {
                   << id["version"].get<std::string>() << ", " << id["platform"].get<std::string>() << ", "
                   << id["date"].get<std::string>() << "\n";
     std::cout << "mobs:";
-    for (const auto& [kind, count] : info["mobs"].items()) std::cout << " " << count << " " << kind << ";";
+    const char* separator = " ";
+    for (const auto& [kind, count] : info["mobs"].items()) {
+        std::cout << separator << count << " " << kind;
+        separator = ", ";
+    }
     std::cout << "\n";
     for (const Json& composition : info["compositions"]) {
         std::cout << "composition " << composition["name"] << ": length " << composition["length"] << " at "
