@@ -13,13 +13,15 @@ namespace {
 
 using Json = nlohmann::json;
 
+// ctest runs the tests in parallel: each writes its own demo file.
 struct InfoCommand : testing::Test {
-    static inline std::string demo = testsupport::temporaryPath("info-demo.aaf");
-    static void SetUpTestSuite() {
+    std::string demo = testsupport::temporaryPath(
+        std::string("info-") + testing::UnitTest::GetInstance()->current_test_info()->name() + ".aaf");
+    void SetUp() override {
         std::filesystem::remove(demo);
         ASSERT_EQ(testsupport::runTool("demo " + demo).exitCode, 0);
     }
-    static void TearDownTestSuite() { std::filesystem::remove(demo); }
+    void TearDown() override { std::filesystem::remove(demo); }
 
     static Json info(const std::string& path) {
         const testsupport::ToolRun run = testsupport::runTool("info --json " + testsupport::quoted(path), false);
