@@ -101,10 +101,10 @@ TEST(CommandLine, FailuresNameTheCommandWhatFailedAndTheSystemReason) {
         std::string message;
     } cases[] = {
         {"demo " + missing, "aafbridge demo: cannot write " + missing + ": No such file or directory\n"},
-        {"objects " + missing, "aafbridge objects: cannot read " + missing + ": No such file or directory\n"},
-        {"timeline " + missing, "aafbridge timeline: cannot read " + missing + ": No such file or directory\n"},
-        {"copy " + missing + " /tmp/x", "aafbridge copy: cannot read " + missing + ": No such file or directory\n"},
-        {"write " + missing + " /tmp/x", "aafbridge write: cannot read " + missing + ": No such file or directory\n"},
+        {"objects " + missing, "aafbridge objects: cannot open " + missing + ": No such file or directory\n"},
+        {"timeline " + missing, "aafbridge timeline: cannot open " + missing + ": No such file or directory\n"},
+        {"copy " + missing + " /tmp/x", "aafbridge copy: cannot open " + missing + ": No such file or directory\n"},
+        {"write " + missing + " /tmp/x", "aafbridge write: cannot open " + missing + ": No such file or directory\n"},
     };
     for (const auto& c : cases) {
         const testsupport::ToolRun run = runTool(c.arguments);

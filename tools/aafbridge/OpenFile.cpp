@@ -11,7 +11,7 @@ bool fileExists(const std::string& path) {
 bool readableOrReport(const Invocation& invocation, const std::string& path) {
     std::FILE* in = std::fopen(path.c_str(), "rb");
     if (!in) {
-        fail(invocation, "cannot read " + path + ": " + systemReason());
+        fail(invocation, "cannot open " + path + ": " + systemReason());
         return false;
     }
     std::fclose(in);

@@ -14,7 +14,7 @@
 #include "aafkit/Values.h"
 #include "aafkit/cfb/FileHeader.h"
 #include "aafkit/meta/Ids.h"
-#include "aafkit/om/StreamContent.h"
+#include "aafkit/io/StreamContent.h"
 
 using Json = nlohmann::ordered_json;
 

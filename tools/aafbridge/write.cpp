@@ -299,7 +299,7 @@ const char* const kDemo = R"({
 int runWrite(const Invocation& invocation) {
     const std::string& input = invocation.operand(0);
     std::ifstream in(input);
-    if (!in) return fail(invocation, "cannot read " + input + ": " + systemReason());
+    if (!in) return fail(invocation, "cannot open " + input + ": " + systemReason());
     Json description;
     try {
         description = Json::parse(in);
