@@ -4,6 +4,8 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <string>
+#include <unordered_map>
 #include <vector>
 
 #include "aafbridge/aaf_reader.h"
@@ -16,6 +18,9 @@ struct AafParseContext {
     aafkit::Object* header = nullptr;
     aafkit::Object* dictionary = nullptr;
     std::vector<SourceClip> clips;
+    // Positions in `clips` of each master mob ID (its 32 bytes), in catalogue order:
+    // the composition walk looks a clip up for every source clip.
+    std::unordered_map<std::string, std::vector<uint32_t>> clipsByMobId;
     Sequence sequence;
 };
 

@@ -7,7 +7,7 @@
 
 #include "Commands.h"
 #include "OpenFile.h"
-#include "ResultText.h"
+#include "description/ResultText.h"
 #include "aafbridge/aaf_reader.h"
 #include "aafkit/Values.h"
 
