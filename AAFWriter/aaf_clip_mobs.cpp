@@ -7,6 +7,7 @@
 #include "aafkit/Checked.h"
 #include "aafkit/Dictionary.h"
 #include "aafkit/ResultCodes.h"
+#include "aafkit/Saturating.h"
 #include "aafkit/Values.h"
 #include "aafkit/meta/Ids.h"
 #include "context.h"
@@ -14,6 +15,8 @@
 using aafkit::Object;
 
 namespace {
+
+constexpr char kErrorSource[] = "AAFWriter/aaf_clip";
 
 // Import source material is declared 12960000 edit units long (five days at 30 fps);
 // the values, including the extra unit, are what receiving editors expect.
@@ -40,7 +43,9 @@ const aafUID_t& dataDefOf(const ClipTrack& track) {
 
 uint16_t roundedUpRate(int32_t numerator, int32_t denominator) {
     if (denominator == 0) return 0;  // no rate given: no frames per second either
-    return uint16_t(numerator / denominator + (numerator % denominator ? 1 : 0));
+    // In 64 bits: the lowest numerator over -1 does not fit 32.
+    const int64_t n = numerator, d = denominator;
+    return uint16_t(n / d + (n % d ? 1 : 0));
 }
 
 aafMobID_t mobIdOf(const Object& mob) {
@@ -175,10 +180,10 @@ Object& importTimecodeSegment(const Clip& clip, bool mxf, AafWriterContext* cont
     aafkit::appendComponent(sequence, timecode);
     aafkit::setInt64(sequence, PID_Component_Length, kImportLengthPlusOne);
     if (clip.startTimecode != 0) {
-        int64_t timecodeLength = clip.length + 1;
+        const int64_t timecodeLength = aafkit::saturatingAdd(clip.length, 1);
         aafkit::setInt64(timecode, PID_Component_Length, timecodeLength);
-        aafkit::appendComponent(sequence,
-                                aafkit::createFiller(file, kAAFDataDef_Timecode, kImportLength - timecodeLength));
+        aafkit::appendComponent(sequence, aafkit::createFiller(file, kAAFDataDef_Timecode,
+                                                               aafkit::saturatingSubtract(kImportLength, timecodeLength)));
         aafkit::setInt64(sequence, PID_Component_Length, kImportLength);
     }
     return sequence;

@@ -5,6 +5,7 @@
 #include <cstdint>
 
 #include "aafkit/ResultCodes.h"
+#include "aafkit/Saturating.h"
 #include "context.h"
 #include "model/Effect.h"
 #include "model/Filler.h"
@@ -54,7 +55,7 @@ std::vector<TrackEvent*> coveredEvents(const Track& track, int64_t length) {
     for (size_t i = track.events.size(); i > 0 && length > 0; --i) {
         TrackEvent* event = track.events[i - 1];
         inputs.push_back(event);
-        length -= event->length;
+        length = aafkit::saturatingSubtract(length, event->length);
     }
     return inputs;
 }

@@ -1,6 +1,7 @@
 // Writing an effect: an operation group over the event it covers, with its operation,
 // parameter and interpolation definitions registered in the file on first use.
 #include <string>
+#include <vector>
 
 #include "aaf_composition.h"
 #include "aafkit/Builders.h"
@@ -21,6 +22,8 @@ aafUID_t avidVarVolumeParam = {0x47c00f7d, 0xfb55, 0x11d3, {0x9f, 0xf7, 0x00, 0x
 aafUID_t avidVarPanParam = {0xe4962322, 0x2267, 0x11d3, {0x8a, 0x4c, 0x00, 0x50, 0x04, 0x0e, 0xf7, 0xd2}};
 
 namespace {
+
+constexpr char kErrorSource[] = "AAFWriter/aaf_composition";
 
 const aafUID_t kAAFParameterDefAmplitude = kAAFParameterDef_Amplitude;
 const aafUID_t LinearInterpolator = kAAFInterpolationDef_Linear;
@@ -265,6 +268,9 @@ void appendCoveredClip(const Effect& effect, const TrackClip& clip, double facto
     appendInputSegment(group, wrapping);
 }
 
+// Speed effects scale what they cover; -1 means no scaling.
+double speedFactor(const Effect& effect) { return effect.speed == -1.0 ? 1.0 : effect.speed; }
+
 void appendScopeInput(const Effect& effect, double factor, const aafUID_t& dataDef, Object& group,
                       AafWriterContext* context) {
     aafkit::File& file = fileOf(context);
@@ -296,30 +302,55 @@ Object& loadEffectDefinition(const aafUID_t& operationId, int numInputs, bool is
     return definition;
 }
 
-void appendPTEffect(int trackIndex, int eventIndex, Effect* effect, Object& sequence, AafWriterContext* context) {
-    aafkit::File& file = fileOf(context);
-    Track& track = context->sequence.tracks[trackIndex];
+namespace {
+
+// One effect of a chain of effects over effects, between opening and closing it.
+struct OpenEffect {
+    Effect* effect;
+    Object* group;
+    Object* operationDef;
+    Object* into;    // the sequence the group is appended to
+    Object* nested;  // the sequence holding the effect it covers, if it covers one
+};
+
+// The operation group of the effect at `eventIndex`, and its scope input for a composite.
+OpenEffect openEffect(const Track& track, int eventIndex, Effect* effect, Object& into, AafWriterContext* context) {
     const aafUID_t& dataDef = track.isVideo ? kAAFDataDef_Picture : kAAFDataDef_Sound;
-    double factor = effect->speed == -1.0 ? 1.0 : effect->speed;
     Object& operationDef = loadEffectDefinition(operationFor(effect->effectType), int(effect->numInputs),
                                                 track.isVideo, context);
-    Object& group = aafkit::createOperationGroup(file, dataDef, effect->length, operationDef);
-
+    Object& group = aafkit::createOperationGroup(fileOf(context), dataDef, effect->length, operationDef);
     if (eventIndex < 1) throw int(AAFRESULT_INVALID_PARAM);  // nothing before it to cover
-    TrackEvent* covered = track.events[eventIndex - 1];
-    if (effect->effectType == kEffectSuperimpose) appendScopeInput(*effect, factor, dataDef, group, context);
-    switch (covered->getType()) {
-    case kEventEffect: {
-        Object& nested = aafkit::createSequence(file, dataDef);
-        appendPTEffect(trackIndex, eventIndex - 1, static_cast<Effect*>(covered), nested, context);
-        appendInputSegment(group, nested);
-        break;
+    if (effect->effectType == kEffectSuperimpose)
+        appendScopeInput(*effect, speedFactor(*effect), dataDef, group, context);
+    return {effect, &group, &operationDef, &into, nullptr};
+}
+
+}  // namespace
+
+// Effects over effects nest one operation group inside the next. The chain is walked
+// in a loop, not by recursion: a host's track may hold any number of them.
+void appendPTEffect(int trackIndex, int eventIndex, Effect* effect, Object& sequence, AafWriterContext* context) {
+    const Track& track = context->sequence.tracks[trackIndex];
+    const aafUID_t& dataDef = track.isVideo ? kAAFDataDef_Picture : kAAFDataDef_Sound;
+    std::vector<OpenEffect> chain;
+    Object* into = &sequence;
+    for (;;) {
+        chain.push_back(openEffect(track, eventIndex, effect, *into, context));
+        TrackEvent* covered = track.events[eventIndex - 1];
+        if (covered->getType() == kEventClip) {
+            appendCoveredClip(*effect, *static_cast<TrackClip*>(covered), speedFactor(*effect), dataDef,
+                              *chain.back().group, context);
+            break;
+        }
+        if (covered->getType() != kEventEffect) throw int(AAFRESULT_INVALID_EFFECTARG);  // a filler or a transition
+        into = chain.back().nested = &aafkit::createSequence(fileOf(context), dataDef);
+        effect = static_cast<Effect*>(covered);
+        --eventIndex;
     }
-    case kEventClip:
-        appendCoveredClip(*effect, *static_cast<TrackClip*>(covered), factor, dataDef, group, context);
-        break;
-    default: throw int(AAFRESULT_INVALID_EFFECTARG);  // a filler or a transition
+    // Closed innermost first: each group holds the one it covers before its own parameters.
+    for (auto level = chain.rbegin(); level != chain.rend(); ++level) {
+        if (level->nested) appendInputSegment(*level->group, *level->nested);
+        addEffectParam(*level->group, *level->operationDef, *level->effect, parameterFor(*level->effect), context);
+        aafkit::appendComponent(*level->into, *level->group);
     }
-    addEffectParam(group, operationDef, *effect, parameterFor(*effect), context);
-    aafkit::appendComponent(sequence, group);
 }

@@ -83,8 +83,9 @@ void appendTimecodeSlot(Object& mob, AafWriterContext* context) {
                                  uint16_t(sequence.timecodeFps)};
     Object& timecode = aafkit::createTimecode(fileOf(context), sequence.timecodeLength, value);
     auto fps = int32_t(sequence.timecodeFps);
-    aafRational_t rate = sequence.frameRate == double(sequence.timecodeFps) ? aafRational_t{fps, 1}
-                                                                            : aafRational_t{fps * 1000, 1001};
+    aafRational_t rate = sequence.frameRate == double(sequence.timecodeFps)
+                             ? aafRational_t{fps, 1}
+                             : aafRational_t{truncateToInt32(double(fps) * 1000), 1001};
     Object& slot = namedSlot(aafkit::createTimelineSlot(fileOf(context), rate), 1, L"Timecode", 1);
     aafkit::check(aafkit::setObject(slot, PID_MobSlot_Segment, timecode));
     aafkit::check(aafkit::appendObject(mob, PID_Mob_Slots, slot));

@@ -4,6 +4,8 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <string>
+#include <unordered_map>
 #include <vector>
 
 #include "aafbridge/aaf_reader.h"
@@ -16,12 +18,15 @@ struct AafParseContext {
     aafkit::Object* header = nullptr;
     aafkit::Object* dictionary = nullptr;
     std::vector<SourceClip> clips;
+    // Positions in `clips` of each master mob ID (its 32 bytes), in catalogue order:
+    // the composition walk looks a clip up for every source clip.
+    std::unordered_map<std::string, std::vector<uint32_t>> clipsByMobId;
     Sequence sequence;
 };
 
 // The answer of a failed interface query: the object is not of the asked kind.
 constexpr AAFRESULT kNoInterface = AAFRESULT(0x80004002u);
-constexpr AAFRESULT kInvalidArgument = AAFRESULT(0x80000003u);
+constexpr AAFRESULT kInvalidArgument = AAFBRIDGE_E_INVALIDARG;
 
 // Prints "Error '<code>' returned at line <line> in <source>" when result is a failure;
 // answers true on success. AAF_FAILED(call) reports with the caller's line.

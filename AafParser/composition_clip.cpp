@@ -105,9 +105,10 @@ bool IsMobSubClip(const Object& mob) {
 }
 
 void getRefType(const aafSourceRef_t& reference, uint8_t& isVideo, const AafParseContext& context) {
-    for (const SourceClip& clip : context.clips) {
-        if (clip.mobId != reference.sourceID) continue;
-        for (const SourceTrack& track : clip.tracks) {
+    const auto found = context.clipsByMobId.find(mobIdKey(reference.sourceID));
+    if (found == context.clipsByMobId.end()) return;
+    for (uint32_t position : found->second) {
+        for (const SourceTrack& track : context.clips[position].tracks) {
             if (track.slotId == reference.sourceSlotID) {
                 isVideo = track.isVideo;
                 return;

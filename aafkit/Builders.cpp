@@ -9,6 +9,7 @@
 #include "Dictionary.h"
 #include "NewFileBuilder.h"
 #include "ResultCodes.h"
+#include "Saturating.h"
 #include "Values.h"
 #include "meta/Ids.h"
 
@@ -84,7 +85,8 @@ void appendSegment(Object& sequence, const std::vector<Object*>& components, Obj
     }
     int64_t sequenceLength = 0;
     getInt64(sequence, PID_Component_Length, sequenceLength);
-    setInt64(sequence, PID_Component_Length, isTransition ? sequenceLength - length : sequenceLength + length);
+    setInt64(sequence, PID_Component_Length,
+             isTransition ? saturatingSubtract(sequenceLength, length) : saturatingAdd(sequenceLength, length));
 }
 
 void appendEvent(Object& sequence, const std::vector<Object*>& components, Object& event) {
@@ -103,7 +105,7 @@ void appendEvent(Object& sequence, const std::vector<Object*>& components, Objec
         setInt64(sequence, PID_Component_Length, eventLength);
         return;
     }
-    int64_t reach = position + eventLength - positionOf(*components.front());
+    int64_t reach = saturatingAdd(saturatingSubtract(position, positionOf(*components.front())), eventLength);
     setInt64(sequence, PID_Component_Length, std::max(sequenceLength, reach));
 }
 

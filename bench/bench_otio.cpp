@@ -13,7 +13,7 @@
 
 #include "BenchSamples.h"
 #include "ChildProcess.h"
-#include "tools/aafbridge/Commands.h"
+#include "tools/aafbridge/description/WriteDescription.h"
 #include "tools/aafbridge/HostView.h"
 #include "tools/aafbridge/otio.h"
 
@@ -35,7 +35,7 @@ void convertAllSamples(benchmark::State& state, Convert convert) {
         bytes = 0;
         for (const std::string& file : files) {
             nlohmann::ordered_json view;
-            if (!readHostView(file, view)) continue;
+            if (readHostView(file, view) != 0) continue;
             bytes += convert(view, file).size();
         }
     }
@@ -97,10 +97,10 @@ Json largeDescription() {
             {"tracks", {{{"kind", "video"}, {"events", trackEvents(true)}}, {{"kind", "audio"}, {"events", trackEvents(false)}}}}};
 }
 
+// What `aafbridge write INPUT OUTPUT` runs.
 int write(const std::string& input, const std::string& output) {
-    std::string in = input, out = output;
-    char* argv[] = {in.data(), out.data()};
-    return runWrite(2, argv);
+    std::ifstream in(input);
+    return writeJsonDescription("write", in, input, output);
 }
 
 // The same timeline both ways: the description, and the OTIO export of the file it makes.
@@ -110,7 +110,7 @@ struct LargeInputs {
         std::ofstream(json) << largeDescription().dump();
         const std::string aaf = temporary("bench_otio_large.aaf");
         nlohmann::ordered_json view;
-        if (write(json, aaf) == 0 && readHostView(aaf, view)) std::ofstream(otio) << otioFromHostView(view, "large").dump();
+        if (write(json, aaf) == 0 && readHostView(aaf, view) == 0) std::ofstream(otio) << otioFromHostView(view, "large").dump();
         std::remove(aaf.c_str());
     }
     ~LargeInputs() {

@@ -112,8 +112,8 @@ void queryEvent(uint32_t t, uint32_t e, AafParseContext* c) {
     GetEventName(t, e, text, 256, c);
     GetEventId(t, e, text, 256, c);
     benchmark::DoNotOptimize(GetEventSlot(t, e, c) + GetEventPhysicalNumber(t, e, c) + IsEventFiller(t, e, c) +
-                             IsEventTransition(t, e, c) + IsEventEffect(t, e, c) + GetEffectType(t, e, c) +
-                             GetEffectNumInputs(t, e, c));
+                             IsEventTransition(t, e, c) + GetEffectType(t, e, c));
+    if (!IsEventEffect(t, e, c)) return;  // the effect counts of other events are 0xFFFFFFFF
     for (uint32_t i = 0; i < GetEffectNumInputs(t, e, c); ++i) GetEffectElementId(t, e, i, text, 256, c);
     for (uint32_t i = 0; i < GetEffectKeyFrameCount(t, e, c); ++i) benchmark::DoNotOptimize(GetEffectKeyFrame(t, e, i, c));
     for (uint32_t i = 0; i < GetEffectParamCount(t, e, c); ++i) benchmark::DoNotOptimize(GetEffectParam(t, e, i, c));

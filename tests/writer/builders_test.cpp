@@ -76,4 +76,24 @@ TEST_F(Builders, EventsStayInOrderAndAmongThemselves) {
     EXPECT_EQ(append(marker(30)), AAFRESULT_INVALID_DATADEF);
 }
 
+// Callers pass lengths and positions unchecked: sums stop at the 64-bit limits.
+TEST_F(Builders, SequenceLengthsStopAtTheLimitsInsteadOfWrapping) {
+    ASSERT_EQ(append(filler(INT64_MAX)), AAFRESULT_SUCCESS);
+    ASSERT_EQ(append(filler(INT64_MAX)), AAFRESULT_SUCCESS);
+    EXPECT_EQ(length(sequence_), INT64_MAX);
+    Object& negative = aafkit::createSequence(*file_, kAAFDataDef_Picture);
+    ASSERT_EQ(append(filler(INT64_MIN), &negative), AAFRESULT_SUCCESS);
+    ASSERT_EQ(append(filler(-1), &negative), AAFRESULT_SUCCESS);
+    EXPECT_EQ(length(negative), INT64_MIN);
+
+    Object& markers = aafkit::createSequence(*file_, kAAFDataDef_DescriptiveMetadata);
+    Object& first = marker(INT64_MIN);
+    aafkit::setInt64(first, PID_Component_Length, 0);
+    Object& last = marker(INT64_MAX);
+    aafkit::setInt64(last, PID_Component_Length, 5);
+    ASSERT_EQ(append(first, &markers), AAFRESULT_SUCCESS);
+    ASSERT_EQ(append(last, &markers), AAFRESULT_SUCCESS);
+    EXPECT_EQ(length(markers), INT64_MAX);  // from the first position to past the last
+}
+
 }  // namespace

@@ -4,5 +4,10 @@
 #include <nlohmann/json.hpp>
 #include <string>
 
-// False, said on standard error, when the file cannot be opened as an AAF file.
-bool readHostView(const std::string& path, nlohmann::ordered_json& view);
+#include "Command.h"
+#include "aafbridge/aaf_types.h"
+
+// OpenAafFile's answer: 0 with the view filled, else the code it failed with.
+AAFRESULT readHostView(const std::string& path, nlohmann::ordered_json& view);
+// The same for a command: false after reporting why the file cannot be read.
+bool readHostViewOrReport(const Invocation& invocation, const std::string& path, nlohmann::ordered_json& view);

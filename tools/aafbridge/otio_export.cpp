@@ -220,23 +220,17 @@ Json otioFromHostView(const Json& view, const std::string& name) {
     return timeline;
 }
 
-int runOtio(int argc, char** argv) {
-    const bool toFile = argc == 3 && std::strcmp(argv[1], "-o") == 0;
-    if (argc != 1 && !toFile) {
-        std::fprintf(stderr, "usage: aafbridge otio FILE.aaf [-o OUT.otio]\n");
-        return 2;
-    }
+int runOtio(const Invocation& invocation) {
+    const std::string& input = invocation.operand(0);
     Json view;
-    if (!readHostView(argv[0], view)) return 1;
-    const Json timeline = otioFromHostView(view, std::filesystem::path(argv[0]).stem().string());
+    if (!readHostViewOrReport(invocation, input, view)) return kExitFailure;
+    const Json timeline = otioFromHostView(view, std::filesystem::path(input).stem().string());
     const std::string text = timeline.dump(2, ' ', false, Json::error_handler_t::replace) + "\n";
-    if (!toFile) {
+    if (!invocation.has("-o")) {
         std::cout << text;
-        return 0;
+        return kExitSuccess;
     }
-    if (!saveText(argv[2], text)) {
-        std::fprintf(stderr, "aafbridge otio: cannot write %s\n", argv[2]);
-        return 1;
-    }
-    return 0;
+    const std::string& output = invocation.options.at("-o");
+    if (!saveText(output, text)) return fail(invocation, "cannot write " + output + ": " + systemReason());
+    return kExitSuccess;
 }

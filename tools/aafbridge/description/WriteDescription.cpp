@@ -1,0 +1,71 @@
+#include "WriteDescription.h"
+
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <fstream>
+
+#include "DescriptionBuilder.h"
+#include "DescriptionError.h"
+#include "JsonText.h"
+#include "ResultText.h"
+#include "otio.h"
+#include "otio_time.h"
+#include "aafkit/Values.h"
+
+namespace {
+
+bool exists(const std::string& path) { return std::ifstream(path).good(); }
+
+int failed(const std::string& command, const std::string& what) {
+    std::fprintf(stderr, "aafbridge %s: %s\n", command.c_str(), what.c_str());
+    return 1;
+}
+
+}  // namespace
+
+// The library never replaces a file, so the tool writes beside OUTPUT and then moves
+// the result over it. Nothing is written unless every call was accepted; a write that
+// fails inside still saves what it wrote, as the library does.
+int writeDescription(const std::string& command, const nlohmann::json& description, const std::string& output) {
+    const std::string fresh = output + ".writing";
+    std::remove(fresh.c_str());
+    AafWriterContext* context = nullptr;
+    CreateAafWriterContext(&context);
+    int status = 0;
+    try {
+        DescriptionBuilder builder(context);
+        builder.clips(description);
+        builder.composition(description);
+        const AAFRESULT written = WriteAafFile(aafkit::utf8ToWide(fresh).c_str(), context);
+        if (written != 0)
+            status = failed(command, "writing " + output + " failed with " + codeText(written) +
+                                         (exists(fresh) ? "; the file holds what was written before the failure" : ""));
+    } catch (const DescriptionError& failure) {
+        status = failed(command, failure.what());
+    }
+    FreeAafWriterContext(context);
+    if (exists(fresh) && std::rename(fresh.c_str(), output.c_str()) != 0) {
+        status = failed(command, "cannot replace " + output + ": " + std::strerror(errno));
+        std::remove(fresh.c_str());
+    }
+    return status;
+}
+
+int writeJsonDescription(const std::string& command, std::istream& in, const std::string& inputName,
+                         const std::string& output) {
+    nlohmann::json description;
+    try {
+        description = parseJsonText(in);
+    } catch (const DescriptionError& error) {
+        return failed(command, inputName + " is not valid JSON: " + error.what());
+    }
+    if (isOtioInput(inputName, description)) {
+        try {
+            description = descriptionFromOtio(description);
+        } catch (const OtioRefusal& refusal) {
+            return failed(command, refusal.what());
+        }
+    }
+    return writeDescription(command, description, output);
+}
