@@ -16,6 +16,8 @@ using aafkit::Object;
 
 namespace {
 
+constexpr char kErrorSource[] = "AAFWriter/aaf_clip";
+
 // Import source material is declared 12960000 edit units long (five days at 30 fps);
 // the values, including the extra unit, are what receiving editors expect.
 constexpr int64_t kImportLength = 12960000;

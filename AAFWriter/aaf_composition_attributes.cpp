@@ -15,6 +15,8 @@ using aafkit::Object;
 
 namespace {
 
+constexpr char kErrorSource[] = "AAFWriter/aaf_composition";
+
 const aafUID_t kTaggedValueStrongReferenceTypeID = {0x05021a00, 0x0000, 0x0000,
                                                     {0x06, 0x0e, 0x2b, 0x34, 0x01, 0x04, 0x01, 0x01}};
 const aafUID_t kTaggedValueVariableArrayTypeID = {0x05060800, 0x0000, 0x0000,

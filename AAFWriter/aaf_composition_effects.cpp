@@ -23,6 +23,8 @@ aafUID_t avidVarPanParam = {0xe4962322, 0x2267, 0x11d3, {0x8a, 0x4c, 0x00, 0x50,
 
 namespace {
 
+constexpr char kErrorSource[] = "AAFWriter/aaf_composition";
+
 const aafUID_t kAAFParameterDefAmplitude = kAAFParameterDef_Amplitude;
 const aafUID_t LinearInterpolator = kAAFInterpolationDef_Linear;
 const aafUID_t kAAFOperationDef_SpeedAlternate = {0xf1db0f27, 0x8d64, 0x11d3,

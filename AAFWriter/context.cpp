@@ -27,8 +27,8 @@ aafkit::ProductIdentification makeIdentification() {
 
 const aafkit::ProductIdentification g_ident = makeIdentification();
 
-void reportError(AAFRESULT code, int line, const char* file) {
-    std::fprintf(stderr, "Error '%0x' returned at line %d in %s\n", unsigned(code), line, file);
+void reportError(AAFRESULT code, int line, const char* source) {
+    std::fprintf(stderr, "Error '%0x' returned at line %d in %s\n", unsigned(code), line, source);
 }
 
 AAFRESULT CreateAafWriterContext(AafWriterContext** context) {

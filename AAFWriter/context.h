@@ -22,6 +22,8 @@ struct AafWriterContext {
 // The identification every written file carries, built once at load.
 extern const aafkit::ProductIdentification g_ident;
 
-// Prints the one error line of a failed toolkit call.
-void reportError(AAFRESULT code, int line, const char* file);
-#define REPORT_ERROR(code) reportError((code), __LINE__, __FILE__)
+// Prints the one error line of a failed toolkit call. `source` is the reporting file's
+// path in the project ("AAFWriter/file_output"), never where it was built: each file
+// that reports defines its kErrorSource.
+void reportError(AAFRESULT code, int line, const char* source);
+#define REPORT_ERROR(code) reportError((code), __LINE__, kErrorSource)

@@ -13,6 +13,8 @@
 
 namespace {
 
+constexpr char kErrorSource[] = "AAFWriter/file_output";
+
 // The content of the file; every failure inside becomes a result code.
 AAFRESULT writeContent(AafWriterContext* context) {
     try {

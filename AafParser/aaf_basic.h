@@ -26,7 +26,7 @@ struct AafParseContext {
 
 // The answer of a failed interface query: the object is not of the asked kind.
 constexpr AAFRESULT kNoInterface = AAFRESULT(0x80004002u);
-constexpr AAFRESULT kInvalidArgument = AAFRESULT(0x80000003u);
+constexpr AAFRESULT kInvalidArgument = AAFBRIDGE_E_INVALIDARG;
 
 // Prints "Error '<code>' returned at line <line> in <source>" when result is a failure;
 // answers true on success. AAF_FAILED(call) reports with the caller's line.

@@ -1,6 +1,5 @@
 #include "NewFileBuilder.h"
 
-#include <atomic>
 #include <chrono>
 #include <cstring>
 #include <ctime>
@@ -74,6 +73,18 @@ Object& addIdentification(File& file, Object& header, const ProductIdentificatio
     return identification;
 }
 
+// Each thread draws from its own generator, seeded from the system's entropy: files
+// written at once on different threads neither race nor share identifiers.
+std::mt19937_64& threadGenerator() {
+    thread_local std::mt19937_64 generator = [] {
+        std::random_device entropy;
+        std::seed_seq seed{entropy(), entropy(), entropy(), entropy(),
+                           unsigned(std::chrono::steady_clock::now().time_since_epoch().count())};
+        return std::mt19937_64(seed);
+    }();
+    return generator;
+}
+
 }  // namespace
 
 aafTimeStamp_t nowTimeStamp() {
@@ -85,8 +96,7 @@ aafTimeStamp_t nowTimeStamp() {
 }
 
 aafUID_t newAuid() {
-    static std::mt19937_64 random(std::random_device{}() ^
-                                  uint64_t(std::chrono::steady_clock::now().time_since_epoch().count()));
+    std::mt19937_64& random = threadGenerator();
     uint64_t a = random(), b = random();
     aafUID_t id;
     id.Data1 = uint32_t(a);

@@ -26,7 +26,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     const std::string output = newPath();
     if (output.empty()) return 0;
     std::istringstream in(std::string(reinterpret_cast<const char*>(data), size));
-    writeJsonDescription(in, "input", output);
+    writeJsonDescription("write", in, "input", output);
     std::remove(output.c_str());
     std::remove((output + ".writing").c_str());
     return 0;

@@ -386,10 +386,27 @@ def baseline_model_cpp(model):
             + "\n}  // namespace aafkit::meta\n")
 
 
+PUBLIC_HEADER = os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "include", "aafbridge", "aaf_types.h")
+PUBLIC_RESULT_RE = re.compile(r"^#define (AAFRESULT_\w+) \(\(AAFRESULT\)0x([0-9A-Fa-f]{8})\)$", re.M)
+
+
+def public_result_codes():
+    """The codes the public header names for hosts: the generated header leaves them to it."""
+    with open(PUBLIC_HEADER, encoding="utf-8") as handle:
+        return {name: int(code, 16) for name, code in PUBLIC_RESULT_RE.findall(handle.read())}
+
+
 def result_codes_h(model):
-    lines = [f"constexpr AAFRESULT {row['name']} = AAFRESULT(0x{result_code(row):08X}u);\n"
-             for row in model.results]
-    return f"{GENERATED_NOTE}\n#pragma once\n#include \"AafTypes.h\"\n\n" + "".join(lines)
+    public = public_result_codes()
+    lines = []
+    for row in model.results:
+        if row["name"] in public:
+            if public[row["name"]] != result_code(row):
+                row.fail(f"{row['name']} is 0x{public[row['name']]:08X} in the public header")
+            continue
+        lines.append(f"constexpr AAFRESULT {row['name']} = AAFRESULT(0x{result_code(row):08X}u);\n")
+    return (f"{GENERATED_NOTE}\n#pragma once\n// The codes that hosts see are named in the public header, which AafTypes.h includes.\n"
+            f"#include \"AafTypes.h\"\n\n" + "".join(lines))
 
 
 def type_constant(name):

@@ -3,8 +3,13 @@
 #include <gtest/gtest.h>
 
 #include <memory>
+#include <set>
+#include <string>
+#include <thread>
+#include <vector>
 
 #include "aafkit/File.h"
+#include "aafkit/NewFileBuilder.h"
 #include "aafkit/ResultCodes.h"
 #include "aafkit/Values.h"
 #include "aafkit/meta/Ids.h"
@@ -202,6 +207,27 @@ TEST(NewFile, DeepNestingSavesAndLoadsWithinTheLimit) {
     ASSERT_TRUE(nestedFile(20000)->saveToBytes(bytes).ok());
     aafkit::Status status = aafkit::File::load(std::move(bytes), loaded);
     EXPECT_NE(status.message().find("nested too deeply"), std::string::npos) << status.message();
+}
+
+// Writers on several threads draw identifiers at once: each is a version-4 random
+// identifier and none repeats, within a thread or across them.
+TEST(NewFile, IdentifiersDrawnOnManyThreadsAreDistinct) {
+    constexpr int kThreads = 4, kEach = 2000;
+    std::vector<std::vector<aafUID_t>> drawn(kThreads);
+    std::vector<std::thread> threads;
+    for (int t = 0; t < kThreads; ++t)
+        threads.emplace_back([&drawn, t] {
+            for (int i = 0; i < kEach; ++i) drawn[t].push_back(aafkit::newAuid());
+        });
+    for (std::thread& thread : threads) thread.join();
+    std::set<std::string> distinct;
+    for (const std::vector<aafUID_t>& ids : drawn)
+        for (const aafUID_t& id : ids) {
+            EXPECT_EQ(id.Data3 >> 12, 4);
+            EXPECT_EQ(id.Data4[0] & 0xc0, 0x80);
+            distinct.insert(std::string(reinterpret_cast<const char*>(&id), sizeof id));
+        }
+    EXPECT_EQ(distinct.size(), size_t(kThreads * kEach));
 }
 
 }  // namespace

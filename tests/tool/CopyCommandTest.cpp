@@ -30,10 +30,12 @@ TEST(CopyCommand, EverySampleCopiesToTheSameTree) {
         EXPECT_EQ(testsupport::firstDifference(*original, *copy), "") << path;
         EXPECT_TRUE(testsupport::unresolved(*copy).empty()) << path;
     }
-    if (testsupport::olefileAvailable()) {
+    const bool olefile = testsupport::olefileAvailable();
+    if (olefile) {
         EXPECT_EQ(testsupport::olefileProblems(written), "");
     }
     for (const std::string& p : written) std::remove(p.c_str());
+    if (!olefile) GTEST_SKIP() << "/usr/bin/python3 has no olefile module: the copies were not read by olefile";
 }
 
 TEST(CopyCommand, RefusesWhatItCannotRead) {

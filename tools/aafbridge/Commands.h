@@ -1,11 +1,19 @@
 #pragma once
-// The tool's commands; each takes the arguments after its name and answers an exit code.
+// The tool's commands. A new command is its own file with its run function, plus
+// one entry in the table of Commands.cpp.
+#include <vector>
 
-int runObjects(int argc, char** argv);
-int runCopy(int argc, char** argv);
-int runTimeline(int argc, char** argv);
-int runWrite(int argc, char** argv);
-int runDemo(int argc, char** argv);
-int runMedia(int argc, char** argv);
-int runExtract(int argc, char** argv);
-int runEmbed(int argc, char** argv);
+#include "Command.h"
+
+int runObjects(const Invocation& invocation);
+int runCopy(const Invocation& invocation);
+int runTimeline(const Invocation& invocation);
+int runWrite(const Invocation& invocation);
+int runDemo(const Invocation& invocation);
+int runInfo(const Invocation& invocation);
+int runOtio(const Invocation& invocation);
+int runMedia(const Invocation& invocation);
+int runExtract(const Invocation& invocation);
+int runEmbed(const Invocation& invocation);
+
+const std::vector<Command>& commands();

@@ -68,18 +68,16 @@ aafkit::Status embedOne(aafkit::File& file, const MediaEntry& entry, const std::
 
 }  // namespace
 
-int runEmbed(int argc, char** argv) {
-    if (argc != 2) {
-        std::fprintf(stderr, "usage: aafbridge embed IN.aaf OUT.aaf\n");
-        return 2;
-    }
-    std::unique_ptr<aafkit::File> file = openOrReport(argv[0]);
-    if (!file) return 1;
+int runEmbed(const Invocation& invocation) {
+    const std::string& input = invocation.operand(0);
+    const std::string& outputPath = invocation.operand(1);
+    std::unique_ptr<aafkit::File> file = openOrReport(invocation, input);
+    if (!file) return kExitFailure;
     size_t embedded = 0, linked = 0;
     for (const MediaEntry& entry : catalogueMedia(*file)) {
         if (entry.essenceData) continue;
         std::string from;
-        if (aafkit::Status s = embedOne(*file, entry, argv[0], from); !s) {
+        if (aafkit::Status s = embedOne(*file, entry, input, from); !s) {
             std::printf("stays linked \"%s\": %s\n", entry.label().c_str(), s.message().c_str());
             ++linked;
         } else {
@@ -87,13 +85,10 @@ int runEmbed(int argc, char** argv) {
             ++embedded;
         }
     }
-    PendingFile output(argv[1]);
+    PendingFile output(outputPath);
     aafkit::Status saved = file->save(output.temporaryPath());
     if (saved) saved = output.commit();
-    if (!saved) {
-        std::fprintf(stderr, "aafbridge embed: cannot write %s: %s\n", argv[1], saved.message().c_str());
-        return 1;
-    }
+    if (!saved) return fail(invocation, "cannot write " + outputPath + ": " + saved.message());
     std::printf("%zu embedded, %zu linked\n", embedded, linked);
-    return linked ? 1 : 0;
+    return linked ? kExitFailure : kExitSuccess;
 }

@@ -206,28 +206,17 @@ aafkit::Status prepareFolder(const fs::path& folder) {
 
 }  // namespace
 
-int runExtract(int argc, char** argv) {
-    if (argc != 2) {
-        std::fprintf(stderr, "usage: aafbridge extract FILE.aaf DIR\n");
-        return 2;
-    }
-    std::unique_ptr<aafkit::File> file = openOrReport(argv[0]);
-    if (!file) return 1;
+int runExtract(const Invocation& invocation) {
+    const std::string& path = invocation.operand(0);
+    std::unique_ptr<aafkit::File> file = openOrReport(invocation, path);
+    if (!file) return kExitFailure;
     const std::vector<MediaEntry> entries = catalogueMedia(*file);
-    if (!hasEmbeddedEssence(entries)) {
-        std::fprintf(stderr, "aafbridge extract: %s holds no embedded essence; nothing written\n", argv[0]);
-        return 1;
-    }
-    const fs::path folder(argv[1]);
-    if (aafkit::Status s = prepareFolder(folder); !s) {
-        std::fprintf(stderr, "aafbridge extract: %s\n", s.message().c_str());
-        return 1;
-    }
+    if (!hasEmbeddedEssence(entries)) return fail(invocation, path + " holds no embedded essence; nothing written");
+    const fs::path folder(invocation.operand(1));
+    if (aafkit::Status s = prepareFolder(folder); !s) return fail(invocation, s.message());
     Extraction extraction(*file, folder);
     extraction.run(entries);
-    if (aafkit::Status s = writeManifest(extraction.manifest(argv[0]), folder / "manifest.json"); !s) {
-        std::fprintf(stderr, "aafbridge extract: %s\n", s.message().c_str());
-        return 1;
-    }
-    return extraction.failed() ? 1 : 0;
+    if (aafkit::Status s = writeManifest(extraction.manifest(path), folder / "manifest.json"); !s)
+        return fail(invocation, s.message());
+    return extraction.failed() ? kExitFailure : kExitSuccess;
 }

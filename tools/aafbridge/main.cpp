@@ -2,39 +2,54 @@
 #include <cstdio>
 #include <cstring>
 
+#include "CommandLine.h"
 #include "Commands.h"
 
 namespace {
 
-struct Command {
-    const char* name;
-    const char* usage;
-    int (*run)(int argc, char** argv);
-};
+const Command* findCommand(const char* name) {
+    for (const Command& command : commands())
+        if (std::strcmp(name, command.name) == 0) return &command;
+    return nullptr;
+}
 
-const Command kCommands[] = {
-    {"objects", "objects FILE [--json]      the whole object tree from the header down", runObjects},
-    {"copy", "copy IN OUT                 load IN and save every object into OUT", runCopy},
-    {"timeline", "timeline FILE [--json]     the composition as a host reads it", runTimeline},
-    {"write", "write INPUT.json OUT.aaf    build a file from a JSON description", runWrite},
-    {"demo", "demo OUT.aaf                write a built-in demo composition", runDemo},
-    {"media", "media FILE [--json]         every clip's media: embedded, found or missing", runMedia},
-    {"extract", "extract FILE DIR            write the embedded audio into DIR as audio files", runExtract},
-    {"embed", "embed IN OUT                copy IN with its linked WAV and AIFF media inside", runEmbed},
-};
+// Help wins over everything else given, as long as it comes before "--".
+bool asksForHelp(int argc, char** argv) {
+    for (int i = 0; i < argc && std::strcmp(argv[i], "--") != 0; ++i)
+        if (isHelpOption(argv[i])) return true;
+    return false;
+}
 
-int usage() {
-    std::fprintf(stderr, "usage: aafbridge <command> ...\n");
-    for (const Command& c : kCommands) std::fprintf(stderr, "  aafbridge %s\n", c.usage);
-    return 2;
+int runCommand(const Command& command, int argc, char** argv) {
+    if (asksForHelp(argc, argv)) {
+        printCommandHelp(stdout, command);
+        return kExitSuccess;
+    }
+    Invocation invocation;
+    if (std::string problem = parseArguments(command, argc, argv, invocation); !problem.empty()) {
+        report(command, problem);
+        printCommandUsage(stderr, command);
+        return kExitUsage;
+    }
+    return command.run(invocation);
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
-    if (argc < 2) return usage();
-    for (const Command& c : kCommands)
-        if (std::strcmp(argv[1], c.name) == 0) return c.run(argc - 2, argv + 2);
-    std::fprintf(stderr, "aafbridge: unknown command \"%s\"\n", argv[1]);
-    return usage();
+    if (argc < 2) {
+        printToolHelp(stderr);
+        return kExitUsage;
+    }
+    if (isHelpOption(argv[1])) {
+        printToolHelp(stdout);
+        return kExitSuccess;
+    }
+    if (std::strcmp(argv[1], "--version") == 0) {
+        std::printf("aafbridge %s\n", AAFBRIDGE_VERSION);
+        return kExitSuccess;
+    }
+    if (const Command* command = findCommand(argv[1])) return runCommand(*command, argc - 2, argv + 2);
+    std::fprintf(stderr, "aafbridge: unknown command \"%s\"; \"aafbridge --help\" lists them\n", argv[1]);
+    return kExitUsage;
 }

@@ -67,21 +67,18 @@ void printRow(const MediaRow& row) {
 
 }  // namespace
 
-int runMedia(int argc, char** argv) {
-    const bool json = argc == 2 && std::strcmp(argv[1], "--json") == 0;
-    if (argc != 1 && !json) {
-        std::fprintf(stderr, "usage: aafbridge media FILE.aaf [--json]\n");
-        return 2;
-    }
-    std::unique_ptr<aafkit::File> file = openOrReport(argv[0]);
-    if (!file) return 1;
+int runMedia(const Invocation& invocation) {
+    const std::string& path = invocation.operand(0);
+    const bool json = invocation.has("--json");
+    std::unique_ptr<aafkit::File> file = openOrReport(invocation, path);
+    if (!file) return kExitFailure;
     const std::vector<MediaEntry> entries = catalogueMedia(*file);
     std::vector<MediaRow> rows;
     size_t embedded = 0, missing = 0;
     for (const MediaEntry& entry : entries) {
         MediaRow row{&entry, {}};
         if (!row.embedded())
-            row.location = entry.locator.empty() ? MediaLocation{"", "missing"} : locateMedia(entry.locator, argv[0]);
+            row.location = entry.locator.empty() ? MediaLocation{"", "missing"} : locateMedia(entry.locator, path);
         embedded += row.embedded();
         missing += row.missing();
         rows.push_back(row);
@@ -89,7 +86,7 @@ int runMedia(int argc, char** argv) {
     if (json) {
         Json list = Json::array();
         for (const MediaRow& row : rows) list.push_back(rowJson(row));
-        std::printf("%s\n", Json({{"file", argv[0]},
+        std::printf("%s\n", Json({{"file", path},
                                   {"media", list},
                                   {"embedded", embedded},
                                   {"linked", rows.size() - embedded},

@@ -1,7 +1,6 @@
 // aafbridge objects FILE [--json]: every object from the Header down, properties
 // decoded by their types. Sets come in key order, so the output is deterministic.
 #include <cstdio>
-#include <cstring>
 #include <iostream>
 #include <memory>
 #include <nlohmann/json.hpp>
@@ -56,18 +55,13 @@ void printText(const Json& object, int depth) {
 
 }  // namespace
 
-int runObjects(int argc, char** argv) {
-    const bool json = argc == 2 && std::strcmp(argv[1], "--json") == 0;
-    if (argc != 1 && !json) {
-        std::fprintf(stderr, "usage: aafbridge objects FILE [--json]\n");
-        return 2;
-    }
-    std::unique_ptr<aafkit::File> file = openOrReport(argv[0]);
-    if (!file) return 1;
+int runObjects(const Invocation& invocation) {
+    std::unique_ptr<aafkit::File> file = openOrReport(invocation, invocation.operand(0));
+    if (!file) return kExitFailure;
     const Json tree = objectJson(*file, *file->header());
-    if (json)
+    if (invocation.has("--json"))
         std::cout << tree.dump(1) << "\n";
     else
         printText(tree, 0);
-    return 0;
+    return kExitSuccess;
 }

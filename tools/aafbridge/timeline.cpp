@@ -1,12 +1,14 @@
 // aafbridge timeline FILE [--json]: the composition exactly as a host reads it through
 // the exported reader functions, as readable text or as JSON.
 #include <cstdio>
-#include <cstring>
 #include <iostream>
 #include <nlohmann/json.hpp>
 #include <string>
 
 #include "Commands.h"
+#include "HostView.h"
+#include "OpenFile.h"
+#include "description/ResultText.h"
 #include "aafbridge/aaf_reader.h"
 #include "aafkit/Values.h"
 
@@ -154,24 +156,31 @@ void printText(const Json& t) {
 
 }  // namespace
 
-int runTimeline(int argc, char** argv) {
-    const bool json = argc == 2 && std::strcmp(argv[1], "--json") == 0;
-    if (argc != 1 && !json) {
-        std::fprintf(stderr, "usage: aafbridge timeline FILE [--json]\n");
-        return 2;
-    }
+AAFRESULT readHostView(const std::string& path, Json& view) {
     AafParseContext* context = nullptr;
-    if (OpenAafFile(aafkit::utf8ToWide(argv[0]).c_str(), &context) != 0) {
-        std::fprintf(stderr, "aafbridge: cannot open %s as an AAF file\n", argv[0]);
-        return 1;
-    }
+    if (AAFRESULT opened = OpenAafFile(aafkit::utf8ToWide(path).c_str(), &context); opened != 0) return opened;
     ParseClips(context);
     ParseComposition(context);
-    const Json timeline = timelineJson(context);
+    view = timelineJson(context);
     CloseFile(context);
-    if (json)
+    return 0;
+}
+
+bool readHostViewOrReport(const Invocation& invocation, const std::string& path, Json& view) {
+    if (!readableOrReport(invocation, path)) return false;
+    if (AAFRESULT opened = readHostView(path, view); opened != 0) {
+        fail(invocation, "cannot open " + path + " as an AAF file: " + codeText(opened));
+        return false;
+    }
+    return true;
+}
+
+int runTimeline(const Invocation& invocation) {
+    Json timeline;
+    if (!readHostViewOrReport(invocation, invocation.operand(0), timeline)) return kExitFailure;
+    if (invocation.has("--json"))
         std::cout << timeline.dump(2) << "\n";
     else
         printText(timeline);
-    return 0;
+    return kExitSuccess;
 }

@@ -6,6 +6,7 @@
 #include <nlohmann/json.hpp>
 
 #include "Commands.h"
+#include "OpenFile.h"
 #include "description/WriteDescription.h"
 
 namespace {
@@ -41,23 +42,17 @@ const char* const kDemo = R"({
 
 }  // namespace
 
-int runWrite(int argc, char** argv) {
-    if (argc != 2) {
-        std::fprintf(stderr, "usage: aafbridge write INPUT.json OUTPUT.aaf\n");
-        return 2;
-    }
-    std::ifstream in(argv[0]);
-    if (!in) {
-        std::fprintf(stderr, "aafbridge write: cannot read %s\n", argv[0]);
-        return 1;
-    }
-    return writeJsonDescription(in, argv[0], argv[1]);
+int runWrite(const Invocation& invocation) {
+    const std::string& input = invocation.operand(0);
+    const std::string& output = invocation.operand(1);
+    std::ifstream in(input);
+    if (!in) return fail(invocation, "cannot open " + input + ": " + systemReason());
+    if (!creatableOrReport(invocation, output)) return kExitFailure;
+    return writeJsonDescription(invocation.command->name, in, input, output);
 }
 
-int runDemo(int argc, char** argv) {
-    if (argc != 1) {
-        std::fprintf(stderr, "usage: aafbridge demo OUTPUT.aaf\n");
-        return 2;
-    }
-    return writeDescription(nlohmann::json::parse(kDemo), argv[0]);
+int runDemo(const Invocation& invocation) {
+    const std::string& output = invocation.operand(0);
+    if (!creatableOrReport(invocation, output)) return kExitFailure;
+    return writeDescription(invocation.command->name, nlohmann::json::parse(kDemo), output);
 }

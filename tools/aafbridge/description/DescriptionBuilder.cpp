@@ -1,5 +1,7 @@
 #include "DescriptionBuilder.h"
 
+#include "ResultText.h"
+
 #include <cstdio>
 #include <vector>
 
@@ -32,14 +34,6 @@ bool mobId(const Json& clip, const char* key, const std::string& where, aafMobID
 }
 
 }  // namespace
-
-std::string codeText(AAFRESULT code) {
-    char hex[16];
-    std::snprintf(hex, sizeof hex, "0x%08X", unsigned(code));
-    for (const auto& row : aafkit::meta::resultCodes())
-        if (row.code == uint32_t(code)) return std::string(hex) + " (" + row.name + ")";
-    return hex;
-}
 
 void accept(AAFRESULT code, const char* call, const std::string& where) {
     if (code != 0) throw DescriptionError(where + ": " + call + " refused with " + codeText(code));

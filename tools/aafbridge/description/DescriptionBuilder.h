@@ -34,5 +34,3 @@ private:
 
 // A refused call as an error naming the item and the code.
 void accept(AAFRESULT code, const char* call, const std::string& where);
-// "0x8012016C (AAFRESULT_INVALID_PARAM)"
-std::string codeText(AAFRESULT code);

@@ -1,23 +1,33 @@
 #include "WriteDescription.h"
 
+#include <cerrno>
 #include <cstdio>
+#include <cstring>
 #include <fstream>
 
 #include "DescriptionBuilder.h"
 #include "DescriptionError.h"
 #include "JsonText.h"
+#include "ResultText.h"
+#include "otio.h"
+#include "otio_time.h"
 #include "aafkit/Values.h"
 
 namespace {
 
 bool exists(const std::string& path) { return std::ifstream(path).good(); }
 
+int failed(const std::string& command, const std::string& what) {
+    std::fprintf(stderr, "aafbridge %s: %s\n", command.c_str(), what.c_str());
+    return 1;
+}
+
 }  // namespace
 
 // The library never replaces a file, so the tool writes beside OUTPUT and then moves
 // the result over it. Nothing is written unless every call was accepted; a write that
 // fails inside still saves what it wrote, as the library does.
-int writeDescription(const nlohmann::json& description, const std::string& output) {
+int writeDescription(const std::string& command, const nlohmann::json& description, const std::string& output) {
     const std::string fresh = output + ".writing";
     std::remove(fresh.c_str());
     AafWriterContext* context = nullptr;
@@ -28,32 +38,34 @@ int writeDescription(const nlohmann::json& description, const std::string& outpu
         builder.clips(description);
         builder.composition(description);
         const AAFRESULT written = WriteAafFile(aafkit::utf8ToWide(fresh).c_str(), context);
-        if (written != 0) {
-            std::fprintf(stderr, "aafbridge write: writing %s failed with %s%s\n", output.c_str(),
-                         codeText(written).c_str(),
-                         exists(fresh) ? "; the file holds what was written before the failure" : "");
-            status = 1;
-        }
+        if (written != 0)
+            status = failed(command, "writing " + output + " failed with " + codeText(written) +
+                                         (exists(fresh) ? "; the file holds what was written before the failure" : ""));
     } catch (const DescriptionError& failure) {
-        std::fprintf(stderr, "aafbridge write: %s\n", failure.what());
-        status = 1;
+        status = failed(command, failure.what());
     }
     FreeAafWriterContext(context);
     if (exists(fresh) && std::rename(fresh.c_str(), output.c_str()) != 0) {
-        std::fprintf(stderr, "aafbridge write: cannot replace %s\n", output.c_str());
+        status = failed(command, "cannot replace " + output + ": " + std::strerror(errno));
         std::remove(fresh.c_str());
-        status = 1;
     }
     return status;
 }
 
-int writeJsonDescription(std::istream& in, const std::string& inputName, const std::string& output) {
+int writeJsonDescription(const std::string& command, std::istream& in, const std::string& inputName,
+                         const std::string& output) {
     nlohmann::json description;
     try {
         description = parseJsonText(in);
     } catch (const DescriptionError& error) {
-        std::fprintf(stderr, "aafbridge write: %s is not valid JSON: %s\n", inputName.c_str(), error.what());
-        return 1;
+        return failed(command, inputName + " is not valid JSON: " + error.what());
     }
-    return writeDescription(description, output);
+    if (isOtioInput(inputName, description)) {
+        try {
+            description = descriptionFromOtio(description);
+        } catch (const OtioRefusal& refusal) {
+            return failed(command, refusal.what());
+        }
+    }
+    return writeDescription(command, description, output);
 }

@@ -6,6 +6,8 @@
 #include <nlohmann/json.hpp>
 #include <string>
 
-int writeDescription(const nlohmann::json& description, const std::string& output);
+// `command` names the running command in error lines ("aafbridge <command>: ...").
+int writeDescription(const std::string& command, const nlohmann::json& description, const std::string& output);
 // `inputName` names the input in messages.
-int writeJsonDescription(std::istream& in, const std::string& inputName, const std::string& output);
+int writeJsonDescription(const std::string& command, std::istream& in, const std::string& inputName,
+                         const std::string& output);

@@ -1,0 +1,240 @@
+// aafbridge write IN.otio: hand-written OpenTimelineIO documents become files whose reader
+// view follows the interchange rules; what the writer cannot express is refused, naming the
+// item's path, and leaves no file.
+#include <string>
+
+#include "OtioTestSupport.h"
+
+namespace {
+
+using otiotest::Json;
+
+Json time(double value, double rate) { return {{"OTIO_SCHEMA", "RationalTime.1"}, {"value", value}, {"rate", rate}}; }
+
+Json range(double start, double duration, double rate) {
+    return {{"OTIO_SCHEMA", "TimeRange.1"}, {"start_time", time(start, rate)}, {"duration", time(duration, rate)}};
+}
+
+Json reference(const std::string& url) {
+    return {{"OTIO_SCHEMA", "ExternalReference.1"}, {"name", ""}, {"metadata", Json::object()}, {"target_url", url},
+            {"available_range", nullptr}};
+}
+
+Json clip(const std::string& name, double start, double duration, double rate, const std::string& url = "/media/a.mov") {
+    return {{"OTIO_SCHEMA", "Clip.2"},
+            {"name", name},
+            {"source_range", range(start, duration, rate)},
+            {"effects", Json::array()},
+            {"markers", Json::array()},
+            {"media_references", {{"DEFAULT_MEDIA", reference(url)}}},
+            {"active_media_reference_key", "DEFAULT_MEDIA"}};
+}
+
+Json gap(double duration, double rate) {
+    return {{"OTIO_SCHEMA", "Gap.1"}, {"source_range", range(0, duration, rate)}};
+}
+
+Json transition(double in, double out, double rate) {
+    return {{"OTIO_SCHEMA", "Transition.1"}, {"transition_type", "SMPTE_Dissolve"},
+            {"in_offset", time(in, rate)}, {"out_offset", time(out, rate)}};
+}
+
+Json marker(const std::string& name, double at, double rate) {
+    return {{"OTIO_SCHEMA", "Marker.2"}, {"name", name}, {"marked_range", range(at, 0, rate)}, {"color", "RED"}};
+}
+
+Json effect(const std::string& name, Json params, Json keyFrames = Json::array()) {
+    return {{"OTIO_SCHEMA", "Effect.1"}, {"effect_name", name},
+            {"metadata", {{"aafbridge", {{"params", params}, {"keyFrames", keyFrames}}}}}};
+}
+
+Json track(const std::string& kind, Json children) {
+    return {{"OTIO_SCHEMA", "Track.1"}, {"name", ""}, {"kind", kind}, {"children", children}};
+}
+
+Json timeline(Json tracks, Json markers = Json::array(), Json start = nullptr) {
+    return {{"OTIO_SCHEMA", "Timeline.1"},
+            {"name", "Cut"},
+            {"global_start_time", start},
+            {"tracks", {{"OTIO_SCHEMA", "Stack.1"}, {"markers", markers}, {"children", tracks}}}};
+}
+
+struct OtioWrite : testing::Test {
+    std::string input = otiotest::testFile(".otio"), output = otiotest::testFile(".aaf");
+    void SetUp() override { std::filesystem::remove(output); }
+    void TearDown() override {
+        std::filesystem::remove(input);
+        std::filesystem::remove(output);
+    }
+    testsupport::ToolRun write(const std::string& text) {
+        otiotest::saveText(input, text);
+        return testsupport::runTool("write " + input + " " + output);
+    }
+    // The reader's view of the written file; fails the test when the write fails.
+    Json written(const Json& document) {
+        const testsupport::ToolRun run = write(document.dump());
+        EXPECT_EQ(run.exitCode, 0) << run.output;
+        return otiotest::hostView(output);
+    }
+    void expectRefused(const Json& document, const std::string& message) {
+        const testsupport::ToolRun run = write(document.dump());
+        EXPECT_EQ(run.exitCode, 1) << message;
+        EXPECT_NE(run.output.find(message), std::string::npos) << run.output;
+        EXPECT_FALSE(std::filesystem::exists(output)) << message;
+    }
+};
+
+TEST_F(OtioWrite, ClipsGiveBackTheirTransitionOverlapAndShareTheirMedia) {
+    Json b = clip("B", 20, 40, 25, "/media/b.mov");
+    b["markers"].push_back(marker("on B", 30, 25));
+    const Json view = written(timeline(
+        {track("Video", {gap(10, 25), clip("A", 100, 50, 25), transition(5, 5, 25), b}),
+         track("Audio", {clip("A", 100, 60, 25)})},
+        {marker("top", 12, 25)}, time(90000, 25)));
+    const Json& events = view["tracks"][0]["events"];
+    ASSERT_EQ(events.size(), 4u);
+    EXPECT_EQ(events[0]["kind"], "filler");
+    EXPECT_EQ(events[0]["length"], 10);
+    EXPECT_EQ(events[1]["name"], "A");
+    EXPECT_EQ(events[1]["inPoint"], 100);
+    EXPECT_EQ(events[1]["length"], 55);
+    EXPECT_EQ(events[2]["length"], 10);
+    EXPECT_EQ(events[2]["cutPoint"], 5);
+    EXPECT_EQ(events[3]["inPoint"], 15);
+    EXPECT_EQ(events[3]["length"], 45);
+    // One clip for A, with a picture and a sound track; its length covers both uses.
+    ASSERT_EQ(view["clips"].size(), 2u);
+    EXPECT_EQ(view["clips"][0]["path"], "/media/a.mov");
+    EXPECT_EQ(view["clips"][0]["tracks"].size(), 2u);
+    EXPECT_EQ(view["tracks"][1]["events"][0]["name"], "A");
+    // The clip's marker at its own time 30 sits 10 into B, which starts at 60.
+    ASSERT_EQ(view["markers"].size(), 2u);
+    EXPECT_EQ(view["markers"][0]["position"], 12);
+    EXPECT_EQ(view["markers"][1]["position"], 70);
+    EXPECT_EQ(view["markers"][1]["text"], "on B");
+    EXPECT_EQ(view["timecode"], Json({{"start", 90000}, {"fps", 25}, {"drop", false}}));
+}
+
+TEST_F(OtioWrite, RatesAre2398AndTracksAtOtherRatesAreConverted) {
+    const double ntsc = 24000.0 / 1001;
+    // The sound track comes first; the picture's rate is still the composition's.
+    const Json view = written(timeline({track("Audio", {clip("A", 0, 96096, 48000)}),
+                                        track("Video", {clip("A", 0, 48, 23.976), clip("B", 10, 24, ntsc)})},
+                                       Json::array(), time(86400, 24)));
+    EXPECT_DOUBLE_EQ(view["tracks"][1]["editRate"].get<double>(), ntsc);
+    EXPECT_EQ(view["timecode"]["fps"], 24);
+    EXPECT_EQ(view["timecode"]["start"], 86400);
+    EXPECT_EQ(view["tracks"][1]["events"][1]["length"], 24);
+    // Every track is written at the composition's rate: 96096 samples at 48000 are 48 frames
+    // at 23.976 (96000 would fall between two frames and be refused).
+    EXPECT_EQ(view["tracks"][0]["events"][0]["length"], 48);
+}
+
+TEST_F(OtioWrite, ATransitionFirstOrLastFacesTheWritersOwnFiller) {
+    const Json view = written(timeline({track("Video", {transition(0, 10, 25), clip("A", 0, 50, 25), transition(10, 0, 25)})}));
+    const Json& events = view["tracks"][0]["events"];
+    ASSERT_EQ(events.size(), 5u);
+    EXPECT_EQ(events[0]["kind"], "filler");
+    EXPECT_EQ(events[0]["length"], 10);
+    EXPECT_EQ(events[1]["cutPoint"], 0);
+    EXPECT_EQ(events[2]["length"], 50);
+    EXPECT_EQ(events[3]["cutPoint"], 10);
+    EXPECT_EQ(events[4]["kind"], "filler");
+}
+
+TEST_F(OtioWrite, EffectsFollowTheirClip) {
+    Json a = clip("A", 0, 100, 25, "/media/a.wav");
+    a["effects"] = {{{"OTIO_SCHEMA", "LinearTimeWarp.1"}, {"effect_name", "LinearTimeWarp"}, {"time_scalar", 2.0}},
+                    effect("Volume", {0.0, 1.0}, {0.0, 1.0})};
+    const Json view = written(timeline({track("Audio", {a})}));
+    const Json& events = view["tracks"][0]["events"];
+    ASSERT_EQ(events.size(), 3u);
+    EXPECT_EQ(events[1]["kind"], "effect");
+    EXPECT_EQ(events[2]["effect"], "gain");
+    EXPECT_EQ(events[2]["length"], 100);
+    EXPECT_EQ(events[2]["params"], Json({0.0, 1.0}));
+    EXPECT_EQ(events[2]["keyFrames"], Json({0, 100}));
+}
+
+TEST_F(OtioWrite, WhatTheWriterCannotExpressIsRefusedByPath) {
+    const Json nested = {{"OTIO_SCHEMA", "Stack.1"}, {"children", Json::array()}};
+    expectRefused(timeline({track("Video", {clip("A", 0, 10, 25), nested})}),
+                  "tracks.children[0].children[1]: Stack inside a Track is not supported");
+    for (const char* schema : {"ImageSequenceReference.1", "GeneratorReference.1"}) {
+        Json a = clip("A", 0, 10, 25);
+        a["media_references"]["DEFAULT_MEDIA"] = {{"OTIO_SCHEMA", schema}};
+        expectRefused(timeline({track("Video", {gap(5, 25), a})}),
+                      "tracks.children[0].children[1].media_references.DEFAULT_MEDIA: " +
+                          std::string(schema).substr(0, std::string(schema).find('.')) + " is not supported");
+    }
+    expectRefused(timeline({track("Video", {transition(5, 5, 25), clip("A", 0, 10, 25)})}),
+                  "tracks.children[0].children[0].in_offset: needs a clip or gap before the Transition");
+    expectRefused(timeline({track("Video", {clip("A", 0, 10, 25), transition(5, 5, 25)})}),
+                  "tracks.children[0].children[1].out_offset: needs a clip or gap after the Transition");
+    expectRefused(timeline({track("Video", {clip("A", 0, 10, 25), transition(0, 5, 25), clip("B", 0, 10, 25)})}),
+                  "tracks.children[0].children[1].in_offset: is 0");
+    expectRefused(timeline({track("Video", {clip("A", 0, 10, 25), clip("B", 0, 1001, 48000)})}),
+                  "tracks.children[0].children[1].source_range.duration: 1001.0 at 48000.0 is not a whole number");
+    Json blurred = clip("A", 0, 10, 25);
+    blurred["effects"].push_back(effect("Blur", {1.0}));
+    expectRefused(timeline({track("Video", {blurred})}),
+                  "tracks.children[0].children[0].effects[0].effect_name: \"Blur\" is not supported");
+    Json wider = clip("A", 0, 10, 25);
+    wider["effects"].push_back(effect("Volume", {1.0}));
+    wider["effects"][0]["metadata"]["aafbridge"]["length"] = 20;
+    expectRefused(timeline({track("Audio", {wider})}), "tracks.children[0].children[0].effects[0]: covers 20");
+    Json tooManyKeys = clip("A", 0, 10, 25);
+    tooManyKeys["effects"].push_back(effect("Volume", {1.0}, {0.0, 1.0}));
+    expectRefused(timeline({track("Audio", {tooManyKeys})}), "effects[0].metadata.aafbridge.keyFrames: more key frames");
+    Json reversed = clip("A", 0, 10, 25);
+    reversed["effects"] = {{{"OTIO_SCHEMA", "LinearTimeWarp.1"}, {"time_scalar", -1.0}}};
+    expectRefused(timeline({track("Video", {reversed})}), "effects[0].time_scalar: the writer takes forward speeds");
+}
+
+TEST_F(OtioWrite, BadDocumentsAreNamed) {
+    const testsupport::ToolRun broken = write("{\"OTIO_SCHEMA\": \"Timeline.1\", ");
+    EXPECT_EQ(broken.exitCode, 1);
+    EXPECT_NE(broken.output.find("is not valid JSON"), std::string::npos) << broken.output;
+    expectRefused({{"OTIO_SCHEMA", "Timeline.1"}, {"name", "Cut"}}, "document: missing \"tracks\"");
+    expectRefused({{"OTIO_SCHEMA", "Clip.2"}}, "document: Clip is not supported: expected a Timeline");
+    Json noRange = clip("A", 0, 10, 25);
+    noRange.erase("source_range");
+    expectRefused(timeline({track("Video", {noRange})}), "tracks.children[0].children[0]: missing \"source_range\"");
+    Json badTime = clip("A", 0, 10, 25);
+    badTime["source_range"]["duration"]["value"] = "ten";
+    expectRefused(timeline({track("Video", {badTime})}),
+                  "tracks.children[0].children[0].source_range.duration.value: expected a number");
+    expectRefused(timeline({track("Subtitles", Json::array())}), "tracks.children[0].kind: \"Subtitles\"");
+    expectRefused(timeline({clip("A", 0, 10, 25)}), "tracks.children[0]: Clip is not supported here");
+    // The tool's own description in a file named .otio is taken for OTIO, and says so.
+    expectRefused({{"composition", {{"name", "C"}, {"rate", {25, 1}}}}}, "document: missing \"OTIO_SCHEMA\"");
+}
+
+// Every value of a small document replaced in turn by a value of another kind: each write
+// either succeeds or is refused, never crashes.
+void collectPointers(const Json& value, const Json::json_pointer& at, std::vector<Json::json_pointer>& out) {
+    out.push_back(at);
+    if (value.is_object())
+        for (const auto& [key, child] : value.items()) collectPointers(child, at / key, out);
+    if (value.is_array())
+        for (size_t i = 0; i < value.size(); ++i) collectPointers(value[i], at / i, out);
+}
+
+TEST_F(OtioWrite, ValuesOfTheWrongKindAreRefusedNeverFatal) {
+    Json a = clip("A", 0, 50, 25);
+    a["effects"].push_back(effect("Volume", {0.0, 1.0}, {0.0, 1.0}));
+    const Json document = timeline({track("Audio", {a, transition(5, 5, 25), gap(20, 25)})}, {marker("m", 3, 25)},
+                                   time(90000, 25));
+    std::vector<Json::json_pointer> pointers;
+    collectPointers(document, Json::json_pointer(), pointers);
+    for (const Json& replacement : {Json(nullptr), Json(-1e300)}) {
+        for (const Json::json_pointer& at : pointers) {
+            Json changed = document;
+            changed[at] = replacement;
+            const testsupport::ToolRun run = write(changed.dump());
+            EXPECT_TRUE(run.exitCode == 0 || run.exitCode == 1) << at.to_string() << " " << run.output;
+        }
+    }
+}
+
+}  // namespace

@@ -1,0 +1,15 @@
+#pragma once
+// OpenTimelineIO documents both ways: the host's view of a composition as a Timeline, and a
+// Timeline as the description that `aafbridge write` builds a file from.
+#include <nlohmann/json.hpp>
+#include <string>
+
+// The host's view (see HostView.h) as an OTIO Timeline named `name`.
+nlohmann::ordered_json otioFromHostView(const nlohmann::ordered_json& view, const std::string& name);
+
+// Whether `write` was given an OTIO document: by the file's extension or by its content.
+bool isOtioInput(const std::string& path, const nlohmann::json& document);
+
+// The Timeline as the tool's own JSON description. Throws OtioRefusal, whose text starts with
+// the path of the item in the document, for what the writer cannot express.
+nlohmann::json descriptionFromOtio(const nlohmann::json& timeline);
