@@ -10,7 +10,7 @@
 #include <string>
 
 #include "aafbridge/aaf_writer.h"
-#include "aafkit/Builders.h"
+#include "aafkit/Essence.h"
 #include "aafkit/File.h"
 #include "aafkit/Values.h"
 #include "aafkit/meta/Ids.h"
@@ -56,10 +56,7 @@ void embed(aafkit::File& file, uint64_t bytesPerClip) {
         if (!isFileSourceMob(*mob)) continue;
         aafMobID_t id{};
         aafkit::getMobId(*mob, PID_Mob_MobID, id);
-        aafkit::Object& essence = aafkit::createObject(file, AUID_AAFEssenceData);
-        aafkit::setMobId(essence, PID_EssenceData_MobID, id);
-        aafkit::setStream(essence, PID_EssenceData_Data, std::make_unique<testsupport::PatternStream>(bytesPerClip));
-        aafkit::addToSet(*file.contentStorage(), PID_ContentStorage_EssenceData, essence);
+        aafkit::addEssenceData(file, id, std::make_unique<testsupport::PatternStream>(bytesPerClip));
     }
 }
 

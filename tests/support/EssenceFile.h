@@ -7,6 +7,7 @@
 #include <string>
 
 #include "aafkit/Builders.h"
+#include "aafkit/Essence.h"
 #include "aafkit/File.h"
 #include "aafkit/Values.h"
 #include "aafkit/meta/Ids.h"
@@ -18,10 +19,7 @@ inline std::unique_ptr<aafkit::File> fileWithEssence(uint64_t essenceSize) {
     aafkit::ProductIdentification id;
     id.productName = L"stream test";
     std::unique_ptr<aafkit::File> file = aafkit::File::createNew(id);
-    aafkit::Object& essence = aafkit::createObject(*file, AUID_AAFEssenceData);
-    aafkit::setMobId(essence, PID_EssenceData_MobID, aafkit::newMobId());
-    aafkit::setStream(essence, PID_EssenceData_Data, std::make_unique<PatternStream>(essenceSize));
-    aafkit::addToSet(*file->contentStorage(), PID_ContentStorage_EssenceData, essence);
+    aafkit::addEssenceData(*file, aafkit::newMobId(), std::make_unique<PatternStream>(essenceSize));
     return file;
 }
 
