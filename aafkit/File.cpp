@@ -83,6 +83,9 @@ std::unique_ptr<File> File::createNew(const ProductIdentification& identificatio
     return file;
 }
 
+uint32_t File::sectorSize() const { return storage_ ? storage_->sectorSize() : 0; }
+uint64_t File::fileSize() const { return storage_ ? storage_->fileSize() : 0; }
+
 Status File::save(const std::string& path) {
     return Saver::save(*this, path);
 }

@@ -55,6 +55,10 @@ public:
     Status save(const std::string& path);
     Status saveToBytes(std::vector<uint8_t>& out);
 
+    // The compound file it was opened from: sector size and size in bytes (0 for new files).
+    uint32_t sectorSize() const;
+    uint64_t fileSize() const;
+
     Object* root() const { return root_; }
     Object* header() const;
     Object* contentStorage() const;

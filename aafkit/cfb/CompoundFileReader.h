@@ -43,6 +43,8 @@ public:
     // `n` bytes of a stream from `offset`; `cursor` carries the chain position between calls.
     Status readStreamRange(const DirectoryEntry& stream, uint64_t offset, uint8_t* out, size_t n,
                            ChainCursor& cursor) const;
+    uint32_t sectorSize() const { return sectorSize_; }
+    uint64_t fileSize() const { return input_->size(); }
     // Frees the directory when only streams already found will be read; entries
     // and children may not be asked for after this.
     void releaseDirectory() { std::vector<DirectoryEntry>().swap(entries_); }

@@ -12,6 +12,7 @@
 #include "aafkit/Values.h"
 #include "aafkit/meta/Ids.h"
 #include "support/PatternStream.h"
+#include "support/SampleFiles.h"
 
 namespace testsupport {
 
@@ -40,10 +41,6 @@ inline bool readsAsPattern(const aafkit::StreamContent& stream, uint64_t offset,
     for (size_t i = 0; i < n; ++i)
         if (bytes[i] != patternByte(offset + i)) return false;
     return true;
-}
-
-inline std::string temporaryPath(const std::string& name) {
-    return (std::filesystem::temp_directory_path() / ("aafbridge-" + name)).string();
 }
 
 }  // namespace testsupport

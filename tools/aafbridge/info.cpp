@@ -12,7 +12,6 @@
 #include "aafkit/Mobs.h"
 #include "aafkit/ResultCodes.h"
 #include "aafkit/Values.h"
-#include "aafkit/cfb/FileHeader.h"
 #include "aafkit/meta/Ids.h"
 #include "aafkit/io/StreamContent.h"
 
@@ -26,22 +25,11 @@ std::string text(const aafkit::Object& object, uint16_t pid) {
     return aafkit::wideToUtf8(value);
 }
 
-// The header's facts; the file was opened already, so only a failed read can spoil them.
-Json compoundFileJson(const std::string& path) {
-    Json facts = {{"kind", "unknown"}, {"sectorSize", 0}, {"size", 0}};
-    std::FILE* in = std::fopen(path.c_str(), "rb");
-    if (!in) return facts;
-    uint8_t bytes[aafkit::cfb::kHeaderSize];
-    aafkit::ByteReader reader(bytes, std::fread(bytes, 1, sizeof bytes, in));
-    aafkit::cfb::FileHeader header;
-    if (header.read(reader) && header.sectorShift < 32) {
-        const bool is4k = std::equal(header.clsid, header.clsid + 16, aafkit::cfb::kAafSignature4096);
-        facts["kind"] = is4k ? "AAF 4K binary" : "AAF 512 binary";
-        facts["sectorSize"] = 1u << header.sectorShift;
-    }
-    if (std::fseek(in, 0, SEEK_END) == 0) facts["size"] = std::ftell(in);
-    std::fclose(in);
-    return facts;
+// The compound file's facts, as aafkit read them when it opened the file.
+Json compoundFileJson(const aafkit::File& file) {
+    return {{"kind", file.sectorSize() == 4096 ? "AAF 4K binary" : "AAF 512 binary"},
+            {"sectorSize", file.sectorSize()},
+            {"size", file.fileSize()}};
 }
 
 std::string dateText(const aafkit::Object& identification) {
@@ -139,13 +127,13 @@ Json essenceJson(const aafkit::File& file) {
     return {{"streams", streams}, {"bytes", bytes}};
 }
 
-Json infoJson(const std::string& path, const aafkit::File& file) {
+Json infoJson(const aafkit::File& file) {
     std::vector<aafkit::Object*> mobs;
     aafkit::getMobs(file, aafkit::kAAFAllMob, mobs);
     Json compositions = Json::array();
     for (const aafkit::Object* mob : mobs)
         if (aafkit::mobKind(*mob) == aafkit::kAAFCompMob) compositions.push_back(compositionJson(*mob));
-    return {{"file", compoundFileJson(path)},
+    return {{"file", compoundFileJson(file)},
             {"identifications", identificationsJson(*file.header())},
             {"mobs", mobCountsJson(mobs)},
             {"compositions", std::move(compositions)},
@@ -187,7 +175,7 @@ int runInfo(const Invocation& invocation) {
     const std::string& path = invocation.operand(0);
     std::unique_ptr<aafkit::File> file = openOrReport(invocation, path);
     if (!file) return kExitFailure;
-    const Json info = infoJson(path, *file);
+    const Json info = infoJson(*file);
     if (invocation.has("--json"))
         std::cout << info.dump(2) << "\n";
     else
