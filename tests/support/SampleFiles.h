@@ -9,6 +9,8 @@
 #include <string>
 #include <vector>
 
+#include <unistd.h>
+
 namespace testsupport {
 
 inline std::string samplesDir() { return AAFBRIDGE_SAMPLES_DIR; }
@@ -33,8 +35,10 @@ inline std::vector<uint8_t> readBytes(const std::string& path) {
     return std::vector<uint8_t>(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
 }
 
+// Carries the process id so that suites run at once on one machine do not share files.
 inline std::string temporaryPath(const std::string& name) {
-    return (std::filesystem::temp_directory_path() / ("aafbridge-test-" + name)).string();
+    const std::string unique = "aafbridge-test-" + std::to_string(::getpid()) + "-" + name;
+    return (std::filesystem::temp_directory_path() / unique).string();
 }
 
 }  // namespace testsupport
