@@ -15,7 +15,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     for (uint32_t id = 0; id < reader.entryCount(); ++id) {
         const auto& entry = reader.entry(id);
         if (entry.type == EntryType::Stream) reader.readStream(entry, contents);
-        for (uint32_t child : entry.children) reader.child(entry, reader.entry(child).name);
+        for (uint32_t child : reader.children(entry)) reader.child(entry, reader.name(reader.entry(child)));
     }
     return 0;
 }

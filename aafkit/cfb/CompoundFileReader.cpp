@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <map>
 
 #include "aafkit/ByteReader.h"
 #include "aafkit/cfb/CompoundFileFormat.h"
@@ -27,28 +28,6 @@ bool isKnownType(uint8_t type) {
            type == uint8_t(EntryType::Stream) || type == uint8_t(EntryType::Root);
 }
 
-Status convertEntry(uint32_t id, const EntryRecord& record, bool version3, DirectoryEntry& entry) {
-    if (!isKnownType(record.type)) return fail("unknown entry type", "entry", id);
-    entry.type = EntryType(record.type);
-    if (entry.type == EntryType::Empty) return Status();
-    if ((entry.type == EntryType::Root) != (id == 0))
-        return fail("root entry misplaced", "entry", id);
-    if (record.nameLength > sizeof record.name || record.nameLength % 2 != 0)
-        return fail("bad name length", "entry", id);
-    const size_t units = record.nameLength == 0 ? 0 : record.nameLength / 2 - 1;
-    size_t length = 0;
-    bool ascii = true;
-    for (; length < units && record.name[length] != u'\0'; ++length) ascii = ascii && record.name[length] < 0x80;
-    if (ascii)  // the usual case: no conversion buffer
-        entry.name.assign(record.name, record.name + length);
-    else
-        entry.name = utf16ToUtf8(std::u16string(record.name, length));
-    std::memcpy(entry.clsid, record.clsid, sizeof entry.clsid);
-    entry.startSector = record.startSector;
-    entry.size = version3 ? record.size & 0xFFFFFFFFu : record.size;
-    return Status();
-}
-
 }  // namespace
 
 // The sibling and child links of an entry: all that linking the tree needs of its record.
@@ -56,6 +35,26 @@ struct EntryLinks {
     uint32_t left = kNoStream;
     uint32_t right = kNoStream;
     uint32_t child = kNoStream;
+};
+
+// Gives each distinct class id one place in the reader's table: the storages of
+// one class share it, and every stream has the all-zero id at index 0.
+class ClassIdTable {
+public:
+    explicit ClassIdTable(std::vector<std::array<uint8_t, 16>>& ids) : ids_(ids) { ids_.assign(1, {}); }
+    uint32_t intern(const uint8_t* clsid) {
+        std::array<uint8_t, 16> key;
+        std::memcpy(key.data(), clsid, key.size());
+        if (key == ids_[last_]) return last_;
+        const auto placed = index_.emplace(key, uint32_t(ids_.size()));
+        if (placed.second) ids_.push_back(key);
+        return last_ = placed.first->second;
+    }
+
+private:
+    std::vector<std::array<uint8_t, 16>>& ids_;
+    std::map<std::array<uint8_t, 16>, uint32_t> index_{{std::array<uint8_t, 16>{}, 0}};
+    uint32_t last_ = 0;
 };
 
 Status CompoundFileReader::open(std::unique_ptr<io::InputFile> input, CompoundFileReader& out) {
@@ -155,6 +154,7 @@ Status CompoundFileReader::readDirectory(uint32_t firstSector) {
     entries_.assign(chain.size() * perSector, DirectoryEntry());
     std::vector<EntryLinks> links(entries_.size());
     std::vector<uint8_t> block(sectorSize_);
+    ClassIdTable classIds(clsids_);
     EntryRecord record;
     for (size_t id = 0; id < entries_.size(); ++id) {
         if (id % perSector == 0)
@@ -162,44 +162,91 @@ Status CompoundFileReader::readDirectory(uint32_t firstSector) {
         ByteReader in(block.data() + id % perSector * kEntrySize, kEntrySize);
         record = EntryRecord();
         record.read(in);
-        if (Status s = convertEntry(uint32_t(id), record, majorVersion_ == 3, entries_[id]); !s) return s;
+        if (Status s = convertEntry(uint32_t(id), record, classIds); !s) return s;
         links[id] = {record.left, record.right, record.child};
     }
+    names_.shrink_to_fit();
     if (entries_[0].type != EntryType::Root) return fail("no root entry", "entry", 0);
     return linkTree(links);
 }
 
-// Walks the sibling trees without recursion, visiting each entry at most once.
+Status CompoundFileReader::convertEntry(uint32_t id, const EntryRecord& record, ClassIdTable& classIds) {
+    if (!isKnownType(record.type)) return fail("unknown entry type", "entry", id);
+    DirectoryEntry& entry = entries_[id];
+    entry.type = EntryType(record.type);
+    if (entry.type == EntryType::Empty) return Status();
+    if ((entry.type == EntryType::Root) != (id == 0)) return fail("root entry misplaced", "entry", id);
+    if (record.nameLength > sizeof record.name || record.nameLength % 2 != 0)
+        return fail("bad name length", "entry", id);
+    const size_t units = record.nameLength == 0 ? 0 : record.nameLength / 2 - 1;
+    size_t length = 0;
+    bool ascii = true;
+    for (; length < units && record.name[length] != u'\0'; ++length) ascii = ascii && record.name[length] < 0x80;
+    // 31 UTF-16 units make at most 93 bytes of UTF-8: the length fits its byte.
+    const size_t offset = names_.size();
+    if (offset > UINT32_MAX - 3 * kMaxNameUnits) return fail("directory names too large", "entry", id);
+    if (ascii)  // the usual case: no conversion buffer
+        names_.append(record.name, record.name + length);
+    else
+        names_ += utf16ToUtf8(std::u16string(record.name, length));
+    entry.nameOffset = uint32_t(offset);
+    entry.nameLength = uint8_t(names_.size() - offset);
+    entry.clsidIndex = classIds.intern(record.clsid);
+    entry.startSector = record.startSector;
+    entry.size = majorVersion_ == 3 ? record.size & 0xFFFFFFFFu : record.size;
+    return Status();
+}
+
+// Walks the sibling trees without recursion, visiting each entry at most once,
+// then lays each storage's children side by side in one list.
 Status CompoundFileReader::linkTree(const std::vector<EntryLinks>& links) {
-    struct Pending {
+    struct Link {
         uint32_t id;
         uint32_t parent;
     };
     std::vector<bool> visited(entries_.size());
     visited[0] = true;
-    std::vector<Pending> pending{{links[0].child, 0}};
+    std::vector<Link> found;
+    std::vector<Link> pending{{links[0].child, 0}};
     while (!pending.empty()) {
-        const Pending link = pending.back();
+        const Link link = pending.back();
         pending.pop_back();
         if (link.id == kNoStream) continue;
         if (link.id >= entries_.size() || entries_[link.id].type == EntryType::Empty)
             return fail("directory link to no entry", "entry", link.parent);
         if (visited[link.id]) return fail("directory loop", "entry", link.id);
         visited[link.id] = true;
-        DirectoryEntry& entry = entries_[link.id];
         const EntryLinks& record = links[link.id];
-        entries_[link.parent].children.push_back(link.id);
+        found.push_back(link);
+        ++entries_[link.parent].childCount;
         pending.push_back({record.left, link.parent});
         pending.push_back({record.right, link.parent});
-        if (entry.type == EntryType::Storage)
+        if (entries_[link.id].type == EntryType::Storage)
             pending.push_back({record.child, link.id});
         else if (record.child != kNoStream)
             return fail("stream with children", "entry", link.id);
     }
-    for (DirectoryEntry& storage : entries_)
-        std::sort(storage.children.begin(), storage.children.end(),
-                  [this](uint32_t a, uint32_t b) { return entries_[a].name < entries_[b].name; });
+    uint32_t placed = 0;
+    for (DirectoryEntry& entry : entries_) {
+        entry.firstChild = placed;
+        placed += entry.childCount;
+        entry.childCount = 0;
+    }
+    children_.resize(found.size());
+    for (const Link& link : found) {
+        DirectoryEntry& parent = entries_[link.parent];
+        children_[parent.firstChild + parent.childCount++] = link.id;
+    }
+    sortChildren();
     return Status();
+}
+
+void CompoundFileReader::sortChildren() {
+    auto byName = [this](uint32_t a, uint32_t b) { return name(entries_[a]) < name(entries_[b]); };
+    for (const DirectoryEntry& storage : entries_) {
+        uint32_t* first = children_.data() + storage.firstChild;
+        std::sort(first, first + storage.childCount, byName);
+    }
 }
 
 // The mini stream is the root entry's data; the mini FAT covers its 64-byte sectors.
@@ -213,38 +260,50 @@ Status CompoundFileReader::readMiniStream(const FileHeader& header) {
     return readTable(miniFatSectors, unitsFor(rootEntry.size, kMiniSectorSize), "mini FAT", miniFat_);
 }
 
-const DirectoryEntry* CompoundFileReader::child(const DirectoryEntry& storage, std::string_view name) const {
-    const auto& ids = storage.children;
-    auto it = std::lower_bound(ids.begin(), ids.end(), name,
-                               [this](uint32_t id, std::string_view n) { return entries_[id].name < n; });
-    return it != ids.end() && entries_[*it].name == name ? &entries_[*it] : nullptr;
+EntryIds CompoundFileReader::children(const DirectoryEntry& storage) const {
+    const uint32_t* first = children_.data() + storage.firstChild;
+    return {first, first + storage.childCount};
+}
+
+const DirectoryEntry* CompoundFileReader::child(const DirectoryEntry& storage, std::string_view wanted) const {
+    const EntryIds ids = children(storage);
+    auto it = std::lower_bound(ids.begin(), ids.end(), wanted,
+                               [this](uint32_t id, std::string_view n) { return name(entries_[id]) < n; });
+    return it != ids.end() && name(entries_[*it]) == wanted ? &entries_[*it] : nullptr;
+}
+
+void CompoundFileReader::releaseDirectory() {
+    std::vector<DirectoryEntry>().swap(entries_);
+    std::string().swap(names_);
+    std::vector<std::array<uint8_t, 16>>().swap(clsids_);
+    std::vector<uint32_t>().swap(children_);
 }
 
 Status CompoundFileReader::readStream(const DirectoryEntry& stream, std::vector<uint8_t>& out) const {
     out.clear();
-    if (stream.type != EntryType::Stream) return Status::error("not a stream at entry '" + stream.name + "'");
+    const std::string where = " in stream '" + std::string(name(stream)) + "'";
+    if (stream.type != EntryType::Stream) return Status::error("not a stream" + where);
     const bool mini = stream.size < kMiniStreamCutoff;
     // A size the chain cannot hold fails before anything is allocated for it.
     if (unitsFor(stream.size, mini ? kMiniSectorSize : sectorSize_) > (mini ? miniFat_ : fat_).size())
         return Status::error(std::string(mini ? "mini FAT" : "FAT") + " chain longer than the file at sector " +
-                             std::to_string(stream.startSector) + " in stream '" + stream.name + "'");
+                             std::to_string(stream.startSector) + where);
     out.resize(size_t(stream.size));
     ChainCursor cursor;
     Status s = readStreamRange(stream, 0, out.data(), out.size(), cursor);
-    if (!s) out.clear();
-    return s;
+    if (s) return s;
+    out.clear();
+    return Status::error(s.message() + where);
 }
 
 Status CompoundFileReader::readStreamRange(const DirectoryEntry& stream, uint64_t offset, uint8_t* out, size_t n,
                                            ChainCursor& cursor) const {
-    if (stream.type != EntryType::Stream) return Status::error("not a stream at entry '" + stream.name + "'");
-    if (offset > stream.size || n > stream.size - offset)
-        return Status::error("read past the end of stream '" + stream.name + "'");
+    if (stream.type != EntryType::Stream) return Status::error("not a stream");
+    if (offset > stream.size || n > stream.size - offset) return Status::error("read past the end of the stream");
     const bool mini = stream.size < kMiniStreamCutoff;
     const uint32_t unit = mini ? kMiniSectorSize : sectorSize_;
     while (n > 0) {
-        if (Status s = seekChain(stream, offset / unit, cursor); !s)
-            return Status::error(s.message() + " in stream '" + stream.name + "'");
+        if (Status s = seekChain(stream, offset / unit, cursor); !s) return s;
         const auto within = uint32_t(offset % unit);
         // Consecutive sectors are read in one go.
         size_t run = std::min<uint64_t>(n, unit - within);

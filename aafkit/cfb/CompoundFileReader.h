@@ -17,7 +17,9 @@
 
 namespace aafkit::cfb {
 
+class ClassIdTable;
 struct EntryLinks;
+struct EntryRecord;
 struct FileHeader;
 
 // Where a sequential reader of one stream stands in its chain, so that reading a
@@ -36,18 +38,25 @@ public:
     const DirectoryEntry& root() const { return entries_[0]; }
     const DirectoryEntry& entry(uint32_t id) const { return entries_[id]; }
     size_t entryCount() const { return entries_.size(); }
+    std::string_view name(const DirectoryEntry& entry) const {
+        return std::string_view(names_).substr(entry.nameOffset, entry.nameLength);
+    }
+    // The entry's 16-byte class id.
+    const uint8_t* clsid(const DirectoryEntry& entry) const { return clsids_[entry.clsidIndex].data(); }
+    EntryIds children(const DirectoryEntry& storage) const;
     // Direct child of a storage by exact name, or nullptr.
     const DirectoryEntry* child(const DirectoryEntry& storage, std::string_view name) const;
     // Whole stream contents, for the small streams that hold properties and indexes.
     Status readStream(const DirectoryEntry& stream, std::vector<uint8_t>& out) const;
-    // `n` bytes of a stream from `offset`; `cursor` carries the chain position between calls.
+    // `n` bytes of a stream from `offset`; `cursor` carries the chain position between
+    // calls. Needs only the entry itself, so it works after releaseDirectory.
     Status readStreamRange(const DirectoryEntry& stream, uint64_t offset, uint8_t* out, size_t n,
                            ChainCursor& cursor) const;
     uint32_t sectorSize() const { return sectorSize_; }
     uint64_t fileSize() const { return input_->size(); }
-    // Frees the directory when only streams already found will be read; entries
-    // and children may not be asked for after this.
-    void releaseDirectory() { std::vector<DirectoryEntry>().swap(entries_); }
+    // Frees the directory when only streams already found will be read; entries,
+    // names and children may not be asked for after this.
+    void releaseDirectory();
 
 private:
     Status load();
@@ -56,7 +65,9 @@ private:
     Status readTable(const std::vector<uint32_t>& sectors, size_t sectorCount, const char* name,
                      AllocationTable& table) const;
     Status readDirectory(uint32_t firstSector);
+    Status convertEntry(uint32_t id, const EntryRecord& record, ClassIdTable& classIds);
     Status linkTree(const std::vector<EntryLinks>& links);
+    void sortChildren();
     Status readMiniStream(const FileHeader& header);
     Status readSector(uint32_t id, uint8_t* out) const;
     Status readUnits(bool mini, uint32_t id, uint32_t within, uint8_t* out, size_t n) const;
@@ -70,7 +81,10 @@ private:
     AllocationTable fat_;
     AllocationTable miniFat_;
     std::vector<uint32_t> miniStreamSectors_;
-    std::vector<DirectoryEntry> entries_;  // children sorted by name for child()
+    std::vector<DirectoryEntry> entries_;
+    std::string names_;                           // every entry's name, one after another
+    std::vector<std::array<uint8_t, 16>> clsids_;  // distinct class ids; the first is all zeros
+    std::vector<uint32_t> children_;              // each storage's children together, by name
 
     // Metadata is read in pieces of 64 to 4096 bytes, mostly in file order: small
     // reads go through a cache of aligned blocks, large ones straight to the file.

@@ -44,6 +44,7 @@ private:
     Status addChild(const Pending& item, const std::string& name, Property& p, Object*& out);
     Status readNamedStream(const cfb::DirectoryEntry& storage, const std::string& name, std::vector<uint8_t>& out);
     bool readWeak(ByteReader& in, WeakReference& out);
+    std::string nameOf(const cfb::DirectoryEntry& entry) const { return std::string(cfb_.name(entry)); }
 
     const cfb::CompoundFileReader& cfb_;
     File& file_;
@@ -68,7 +69,7 @@ Status ObjectLoader::readNamedStream(const cfb::DirectoryEntry& storage, const s
                                      std::vector<uint8_t>& out) {
     const cfb::DirectoryEntry* stream = cfb_.child(storage, name);
     if (!stream || stream->type != cfb::EntryType::Stream)
-        return Status::error("missing stream \"" + name + "\" in \"" + storage.name + "\"");
+        return Status::error("missing stream \"" + name + "\" in \"" + nameOf(storage) + "\"");
     return cfb_.readStream(*stream, out);
 }
 
@@ -76,7 +77,7 @@ Status ObjectLoader::loadProperties(const Pending& item, const std::vector<uint1
     const cfb::DirectoryEntry& storage = *item.storage;
     if (Status s = readNamedStream(storage, "properties", properties_); !s) return s;
     const std::vector<uint8_t>& bytes = properties_;
-    auto where = [&] { return "object \"" + storage.name + "\""; };
+    auto where = [&] { return "object \"" + nameOf(storage) + "\""; };
     ByteReader table(bytes.data(), bytes.size());
     uint8_t byteOrder = 0, version = 0;
     uint16_t count = 0;
@@ -107,7 +108,7 @@ Status ObjectLoader::loadProperties(const Pending& item, const std::vector<uint1
 }
 
 Status ObjectLoader::loadValue(const Pending& item, Property& p, const uint8_t* value) {
-    auto where = [&] { return "property 0x" + hexText(p.pid) + " of \"" + item.storage->name + "\""; };
+    auto where = [&] { return "property 0x" + hexText(p.pid) + " of \"" + nameOf(*item.storage) + "\""; };
     switch (p.storedForm()) {
     case StoredForm::StrongRef: {
         Object* child = nullptr;
@@ -133,7 +134,7 @@ Status ObjectLoader::loadValue(const Pending& item, Property& p, const uint8_t* 
         const std::string name = streamName(p);
         const cfb::DirectoryEntry* stream = cfb_.child(*item.storage, name);
         if (!stream || stream->type != cfb::EntryType::Stream)
-            return Status::error("missing stream \"" + name + "\" in \"" + item.storage->name + "\"");
+            return Status::error("missing stream \"" + name + "\" in \"" + nameOf(*item.storage) + "\"");
         p.setStream(std::make_unique<StoredStream>(cfb_, *stream));
         return Status();
     }
@@ -158,9 +159,9 @@ bool ObjectLoader::readWeak(ByteReader& in, WeakReference& out) {
 Status ObjectLoader::addChild(const Pending& item, const std::string& name, Property& p, Object*& out) {
     const cfb::DirectoryEntry* child = cfb_.child(*item.storage, name);
     if (!child || child->type != cfb::EntryType::Storage)
-        return Status::error("missing storage \"" + name + "\" in \"" + item.storage->name + "\"");
+        return Status::error("missing storage \"" + name + "\" in \"" + nameOf(*item.storage) + "\"");
     if (item.depth >= kMaxDepth) return Status::error("objects nested too deeply at \"" + name + "\"");
-    const aafUID_t classId = decodeAuid(child->clsid);
+    const aafUID_t classId = decodeAuid(cfb_.clsid(*child));
     out = file_.newObject(classId, file_.model().findClass(classId));
     out->attach(item.object, p.pid);
     created_.push_back(out);
@@ -174,7 +175,7 @@ Status ObjectLoader::loadVector(const Pending& item, Property& p) {
     ByteReader in(index_.data(), index_.size());
     uint32_t count = 0, nextFree = 0, lastFree = 0;
     if (!in.u32(count) || !in.u32(nextFree) || !in.u32(lastFree) || count > in.remaining() / 4)
-        return Status::error("malformed index \"" + base + " index\" in \"" + item.storage->name + "\"");
+        return Status::error("malformed index \"" + base + " index\" in \"" + nameOf(*item.storage) + "\"");
     p.objects().reserve(count);
     for (uint32_t i = 0; i < count; ++i) {
         uint32_t localKey = 0;
@@ -193,7 +194,7 @@ Status ObjectLoader::loadSet(const Pending& item, Property& p) {
     uint32_t count = 0, nextFree = 0, lastFree = 0;
     if (!in.u32(count) || !in.u32(nextFree) || !in.u32(lastFree) || !in.u16(p.keyPid) || !in.u8(p.keySize) ||
         count > in.remaining() / (8 + size_t(p.keySize)))
-        return Status::error("malformed index \"" + base + " index\" in \"" + item.storage->name + "\"");
+        return Status::error("malformed index \"" + base + " index\" in \"" + nameOf(*item.storage) + "\"");
     std::vector<std::pair<Bytes, Object*>> elements;
     elements.reserve(count);
     for (uint32_t i = 0; i < count; ++i) {
@@ -216,7 +217,7 @@ Status ObjectLoader::loadSet(const Pending& item, Property& p) {
 Status ObjectLoader::loadWeakCollection(const cfb::DirectoryEntry& storage, Property& p) {
     const std::string base = storedName(p);
     if (Status s = readNamedStream(storage, base + " index", index_); !s) return s;
-    const std::string where = "\"" + base + " index\" in \"" + storage.name + "\"";
+    const std::string where = "\"" + base + " index\" in \"" + nameOf(storage) + "\"";
     ByteReader in(index_.data(), index_.size());
     uint32_t count = 0;
     uint16_t tag = 0, keyPid = 0;
@@ -261,7 +262,7 @@ Status Loader::load(const cfb::CompoundFileReader& cfb, File& file) {
     if (Status s = readPathTable(cfb, file); !s) return s;
     ObjectLoader loader(cfb, file);
     const cfb::DirectoryEntry& rootEntry = cfb.root();
-    const aafUID_t rootClass = decodeAuid(rootEntry.clsid);
+    const aafUID_t rootClass = decodeAuid(cfb.clsid(rootEntry));
     Object* root = file.newObject(rootClass, file.model().findClass(rootClass));
     file.root_ = root;
     // The MetaDictionary declares what the rest of the file needs to be understood.

@@ -26,9 +26,9 @@ uint32_t adler32(const std::vector<uint8_t>& data) {
 Status listStorage(const CompoundFileReader& reader, const DirectoryEntry& storage, const std::string& prefix,
                    const std::string& label, std::vector<std::string>& lines) {
     std::vector<uint8_t> data;
-    for (uint32_t id : storage.children) {
+    for (uint32_t id : reader.children(storage)) {
         const DirectoryEntry& entry = reader.entry(id);
-        const std::string path = prefix + entry.name;
+        const std::string path = prefix + std::string(reader.name(entry));
         Status s = entry.type == EntryType::Stream ? reader.readStream(entry, data)
                                                    : listStorage(reader, entry, path + "/", label, lines);
         if (!s) return s;

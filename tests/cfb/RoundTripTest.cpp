@@ -73,11 +73,11 @@ TEST(WriterRoundTrip, OurReaderAndOlefileReadBackEveryStreamAndClsid) {
     ASSERT_TRUE(cfbtest::listStreams(reader, "@", ours).ok());
     std::sort(ours.begin(), ours.end());
     EXPECT_EQ(ours, f.expected);
-    EXPECT_EQ(0, std::memcmp(reader.root().clsid, kClassA, 16));
+    EXPECT_EQ(0, std::memcmp(reader.clsid(reader.root()), kClassA, 16));
     const DirectoryEntry* mob = &reader.root();
     for (const char* name : {"Header-2", "Content-3b03", "Mobs-1901{1a}-é名"}) mob = mob ? reader.child(*mob, name) : nullptr;
     ASSERT_NE(mob, nullptr);
-    EXPECT_EQ(0, std::memcmp(mob->clsid, kClassB, 16));
+    EXPECT_EQ(0, std::memcmp(reader.clsid(*mob), kClassB, 16));
     EXPECT_EQ(reader.child(reader.root(), "header-2"), nullptr) << "lookups are by exact name";
 
     if (cfbtest::olefileAvailable()) {
