@@ -12,6 +12,7 @@
 #include "aafkit/File.h"
 #include "clips.h"
 #include "model/Sequence.h"
+#include "model/Text.h"
 
 struct AafParseContext {
     std::unique_ptr<aafkit::File> file;
@@ -22,6 +23,7 @@ struct AafParseContext {
     // the composition walk looks a clip up for every source clip.
     std::unordered_map<std::string, std::vector<uint32_t>> clipsByMobId;
     Sequence sequence;
+    TextPool texts;  // the events' clip names and mob ids
 };
 
 // The answer of a failed interface query: the object is not of the asked kind.

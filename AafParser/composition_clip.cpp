@@ -48,7 +48,7 @@ AAFRESULT followComposition(Object*& mob, aafSourceRef_t& reference, TrackClip& 
     return AAFRESULT_SUCCESS;
 }
 
-AAFRESULT readClip(const Object& sourceClip, TrackClip& clip, Track& track, const AafParseContext& context) {
+AAFRESULT readClip(const Object& sourceClip, TrackClip& clip, Track& track, AafParseContext& context) {
     AAFRESULT result = aafkit::getInt64(sourceClip, PID_Component_Length, clip.length);
     if (AAF_FAILED(result)) return result;
     aafSourceRef_t reference = {};
@@ -66,10 +66,10 @@ AAFRESULT readClip(const Object& sourceClip, TrackClip& clip, Track& track, cons
         return result;
     wchar_t text[kTextLength];
     if (AAF_FAILED(result = readText(*mob, PID_Mob_Name, text, kTextLength))) return result;
-    clip.clipName.assign(text);
+    clip.clipName = context.texts.text(text);
     clip.slotId = reference.sourceSlotID;
     mobId2String(text, reference.sourceID, kTextLength);
-    clip.mobIdText.assign(text);
+    clip.mobIdText = context.texts.text(text);
     return AAFRESULT_SUCCESS;
 }
 
