@@ -84,10 +84,7 @@ bool definitionId(const Object& definition, aafUID_t& out) {
 
 // The value type a parameter definition names.
 bool parameterType(const Object& definition, aafUID_t& out) {
-    const aafkit::Property* type = definition.find(PID_ParameterDefinition_Type);
-    if (!type || type->weak().size() != 1 || type->weak()[0].key.size() != 16) return false;
-    out = aafkit::decodeAuid(type->weak()[0].key.data());
-    return true;
+    return aafkit::getReferencedId(definition, PID_ParameterDefinition_Type, out) == AAFRESULT_SUCCESS;
 }
 
 bool declaresParameter(const Object& operationDef, const aafUID_t& parameterId) {

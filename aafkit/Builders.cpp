@@ -55,10 +55,7 @@ int dataKind(const aafUID_t& id) {
 }
 
 bool dataDefinitionOf(const Object& component, aafUID_t& out) {
-    const Property* p = component.find(PID_Component_DataDefinition);
-    if (!p || p->weak().size() != 1 || p->weak()[0].key.size() != 16) return false;
-    out = decodeAuid(p->weak()[0].key.data());
-    return true;
+    return getReferencedId(component, PID_Component_DataDefinition, out) == AAFRESULT_SUCCESS;
 }
 
 void checkDataDefinition(const Object& sequence, const Object& component) {

@@ -10,7 +10,7 @@ namespace aafkit {
 namespace {
 
 void setMetaReference(Object& o, uint16_t pid, uint16_t metaSetPid, const aafUID_t& id) {
-    o.ensure(pid, StoredForm::WeakRef).weak().assign(1, o.file().metaReference(metaSetPid, id));
+    o.ensure(pid, StoredForm::WeakRef).setWeakReference(o.file().metaReference(metaSetPid, id));
 }
 
 }  // namespace

@@ -125,10 +125,20 @@ AAFRESULT getStream(const Object& o, uint16_t pid, const StreamContent*& out) {
 AAFRESULT getReferenced(const Object& o, uint16_t pid, Object*& out) {
     const Property* p = o.find(pid);
     if (!p) return AAFRESULT_PROP_NOT_PRESENT;
-    if (p->storedForm() != StoredForm::WeakRef || p->weak().size() != 1) return AAFRESULT_BAD_PROP;
-    Object* target = o.file().resolve(p->weak()[0]);
+    WeakReference reference;
+    if (!p->weakReference(reference)) return AAFRESULT_BAD_PROP;
+    Object* target = o.file().resolve(reference);
     if (!target) return AAFRESULT_OBJECT_NOT_FOUND;
     out = target;
+    return AAFRESULT_SUCCESS;
+}
+
+AAFRESULT getReferencedId(const Object& o, uint16_t pid, aafUID_t& out) {
+    const Property* p = o.find(pid);
+    if (!p) return AAFRESULT_PROP_NOT_PRESENT;
+    WeakReference reference;
+    if (!p->weakReference(reference) || reference.key.size() != 16) return AAFRESULT_BAD_PROP;
+    out = decodeAuid(reference.key.data());
     return AAFRESULT_SUCCESS;
 }
 
@@ -253,8 +263,7 @@ AAFRESULT addToSet(Object& o, uint16_t pid, Object& child) {
 AAFRESULT setReference(Object& o, uint16_t pid, const Object& target) {
     WeakReference reference;
     if (!o.file().referenceTo(target, reference)) return AAFRESULT_INVALID_PARAM;
-    Property& p = o.ensure(pid, StoredForm::WeakRef);
-    p.weak().assign(1, std::move(reference));
+    o.ensure(pid, StoredForm::WeakRef).setWeakReference(reference);
     return AAFRESULT_SUCCESS;
 }
 

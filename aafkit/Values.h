@@ -33,6 +33,8 @@ AAFRESULT getObject(const Object& o, uint16_t pid, Object*& out);
 AAFRESULT getObjects(const Object& o, uint16_t pid, const std::vector<Object*>*& out);
 // A weak reference resolved to its target (AAFRESULT_OBJECT_NOT_FOUND when it does not resolve).
 AAFRESULT getReferenced(const Object& o, uint16_t pid, Object*& out);
+// The AUID that a weak reference to a definition is keyed by, without resolving it.
+AAFRESULT getReferencedId(const Object& o, uint16_t pid, aafUID_t& out);
 
 // Indirect values: stored as byte order, type AUID, then the value.
 AAFRESULT getIndirectType(const Object& o, uint16_t pid, aafUID_t& type);

@@ -10,7 +10,7 @@ namespace {
 
 void walk(const aafkit::File& file, const aafkit::Object& object) {
     for (const aafkit::Property& p : object.properties()) {
-        for (const aafkit::WeakReference& r : p.weak()) file.resolve(r);
+        for (const aafkit::WeakReference& r : p.weakReferences()) file.resolve(r);
         for (const aafkit::Object* child : p.objects()) walk(file, *child);
     }
 }

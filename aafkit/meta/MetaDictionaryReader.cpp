@@ -12,8 +12,9 @@ namespace {
 // Weak references inside the MetaDictionary are keyed by the target's AUID.
 aafUID_t referencedId(const Object& o, uint16_t pid) {
     const Property* p = o.find(pid);
-    if (!p || p->weak().size() != 1 || p->weak()[0].key.size() != 16) return kNullAuid;
-    return decodeAuid(p->weak()[0].key.data());
+    WeakReference reference;
+    if (!p || !p->weakReference(reference) || reference.key.size() != 16) return kNullAuid;
+    return decodeAuid(reference.key.data());
 }
 
 bool boolean(const Object& o, uint16_t pid, bool otherwise) {

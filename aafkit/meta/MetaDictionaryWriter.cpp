@@ -83,8 +83,7 @@ Object& MetaDictionaryWriter::newDefinition(const aafUID_t& classId, const aafUI
 }
 
 void MetaDictionaryWriter::setMetaReference(Object& o, uint16_t pid, uint16_t setPid, const aafUID_t& target) {
-    setMetaReferences(o, pid, setPid, {target});
-    o.find(pid)->form = uint16_t(StoredForm::WeakRef);
+    o.ensure(pid, StoredForm::WeakRef).setWeakReference(file_.metaReference(setPid, target));
 }
 
 void MetaDictionaryWriter::setMetaReferences(Object& o, uint16_t pid, uint16_t setPid,

@@ -122,8 +122,8 @@ Status ObjectLoader::loadValue(const Pending& item, Property& p, const uint8_t* 
         return loadSet(item, p);
     case StoredForm::WeakRef: {
         ByteReader in(value, p.data.size());
-        p.weak().emplace_back();
-        if (!readWeak(in, p.weak().back())) return Status::error("malformed weak reference in " + where());
+        WeakReference checked;  // kept as stored in `data`
+        if (!readWeak(in, checked)) return Status::error("malformed weak reference in " + where());
         return Status();
     }
     case StoredForm::WeakRefVector:

@@ -6,7 +6,6 @@
 
 namespace aafkit {
 
-const PropertyLinks Property::kNoLinks;
 
 bool Object::isA(const aafUID_t& baseClassId) const {
     if (!classDef_) return false;

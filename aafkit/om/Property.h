@@ -34,7 +34,7 @@ struct WeakReference {
 // property (most of them) costs its value and a few bytes.
 struct PropertyLinks {
     std::vector<Object*> objects;      // StrongRef: one object; vectors in order; sets in key order
-    std::vector<WeakReference> weak;   // WeakRef: one; weak vectors and sets: the elements in stored order
+    std::vector<WeakReference> weak;   // weak vectors and sets: the elements in stored order
     std::unique_ptr<StreamContent> stream;  // DataStream: the content (the stream sits beside "properties")
 };
 
@@ -45,13 +45,21 @@ struct Property {
     uint16_t keyPid = 0;
     uint8_t keySize = 0;
     // Data: the encoded value. Strong and weak collections: the stored base name
-    // (UTF-16LE) as read, empty for new properties. Other forms: the raw value.
+    // (UTF-16LE) as read, empty for new properties. WeakRef: the reference as
+    // stored (path tag, key pid, key size, key). Other forms: the raw value.
     Bytes data;
 
     const std::vector<Object*>& objects() const { return links ? links->objects : kNoLinks.objects; }
     std::vector<Object*>& objects() { return ensureLinks().objects; }
+    // Weak vectors and sets.
     const std::vector<WeakReference>& weak() const { return links ? links->weak : kNoLinks.weak; }
     std::vector<WeakReference>& weak() { return ensureLinks().weak; }
+    // WeakRef: the one reference, kept in `data` so that the commonest reference
+    // needs no side record. False when there is none or it is malformed.
+    bool weakReference(WeakReference& out) const;
+    void setWeakReference(const WeakReference& reference);
+    // The references of any weak form, in stored order.
+    std::vector<WeakReference> weakReferences() const;
     const StreamContent* stream() const { return links ? links->stream.get() : nullptr; }
     void setStream(std::unique_ptr<StreamContent> content) { ensureLinks().stream = std::move(content); }
 

@@ -151,8 +151,8 @@ Status ObjectSaver::encode(const Property& p, uint32_t storage, std::vector<uint
     ByteWriter w(out);
     const StoredForm form = p.storedForm();
     if (form == StoredForm::WeakRef) {
-        if (p.weak().size() != 1) return Status::error("weak reference 0x" + hexText(p.pid) + " without target");
-        const WeakReference& r = p.weak()[0];
+        WeakReference r;
+        if (!p.weakReference(r)) return Status::error("weak reference 0x" + hexText(p.pid) + " without target");
         w.u16(uint16_t(r.pathId));
         w.u16(r.keyPid);
         w.u8(uint8_t(r.key.size()));

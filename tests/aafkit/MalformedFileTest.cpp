@@ -16,7 +16,7 @@ namespace {
 size_t walk(const aafkit::File& file, const aafkit::Object& object) {
     size_t visited = 1;
     for (const aafkit::Property& p : object.properties()) {
-        for (const aafkit::WeakReference& r : p.weak()) visited += file.resolve(r) ? 1 : 0;
+        for (const aafkit::WeakReference& r : p.weakReferences()) visited += file.resolve(r) ? 1 : 0;
         for (const aafkit::Object* child : p.objects()) visited += walk(file, *child);
     }
     return visited;

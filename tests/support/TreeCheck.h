@@ -12,7 +12,7 @@ inline void collectUnresolved(const aafkit::File& file, const aafkit::Object& ob
                               std::vector<std::string>& out) {
     if (!object.classDef()) out.push_back(where + ": unknown class " + aafkit::auidToText(object.classId()));
     for (const aafkit::Property& p : object.properties()) {
-        for (const aafkit::WeakReference& r : p.weak())
+        for (const aafkit::WeakReference& r : p.weakReferences())
             if (!file.resolve(r)) out.push_back(where + ": unresolved weak reference in pid " + std::to_string(p.pid));
         for (size_t i = 0; i < p.objects().size(); ++i)
             collectUnresolved(file, *p.objects()[i], where + "/" + std::to_string(p.pid) + "[" + std::to_string(i) + "]",

@@ -43,10 +43,11 @@ inline std::string firstDifference(const aafkit::File& fa, const aafkit::Object&
         if (pa.form != pb->form) return at + ": form differs";
         if (!pa.isStrong() && !pa.isWeak() && pa.data != pb->data) return at + ": value differs";
         if (!sameStream(pa, *pb)) return at + ": stream differs";
-        if (pa.weak().size() != pb->weak().size()) return at + ": reference count differs";
-        for (size_t w = 0; w < pa.weak().size(); ++w)
-            if (fa.paths()[pa.weak()[w].pathId] != fb.paths()[pb->weak()[w].pathId] ||
-                pa.weak()[w].key != pb->weak()[w].key || pa.weak()[w].keyPid != pb->weak()[w].keyPid)
+        const std::vector<aafkit::WeakReference> wa = pa.weakReferences(), wb = pb->weakReferences();
+        if (wa.size() != wb.size()) return at + ": reference count differs";
+        for (size_t w = 0; w < wa.size(); ++w)
+            if (fa.paths()[wa[w].pathId] != fb.paths()[wb[w].pathId] || wa[w].key != wb[w].key ||
+                wa[w].keyPid != wb[w].keyPid)
                 return at + ": weak reference differs";
         if (pa.objects().size() != pb->objects().size()) return at + ": element count differs";
         for (size_t o = 0; o < pa.objects().size(); ++o) {

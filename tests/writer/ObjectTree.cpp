@@ -98,7 +98,7 @@ private:
     void collectReferencedKeys(const Object& o) {
         for (const Property& p : o.properties()) {
             if (p.pid == aafkit::meta::kRootMetaDictionaryPid) continue;
-            for (const aafkit::WeakReference& reference : p.weak()) referenced_.insert(reference.key);
+            for (const aafkit::WeakReference& reference : p.weakReferences()) referenced_.insert(reference.key);
             for (const Object* child : p.objects()) collectReferencedKeys(*child);
         }
     }
@@ -149,7 +149,7 @@ private:
         case StoredForm::WeakRefVector:
         case StoredForm::WeakRefSet: {
             std::vector<std::string> targets;
-            for (const aafkit::WeakReference& reference : p.weak()) targets.push_back(weak(reference));
+            for (const aafkit::WeakReference& reference : p.weakReferences()) targets.push_back(weak(reference));
             if (p.storedForm() == StoredForm::WeakRefSet) std::sort(targets.begin(), targets.end());
             std::string text = head + "->";
             for (const std::string& target : targets) text += " " + target;

@@ -130,7 +130,7 @@ std::string valueText(const aafkit::File& file, const aafkit::Property& property
     const TypeDef* type = def ? file.model().findType(def->type) : nullptr;
     if (property.isWeak()) {
         std::string out;
-        for (const aafkit::WeakReference& r : property.weak()) {
+        for (const aafkit::WeakReference& r : property.weakReferences()) {
             const aafkit::Object* target = file.resolve(r);
             out += (out.empty() ? "" : ", ") + std::string("-> ") +
                    (target ? className(*target) : std::string("unresolved")) + " " +
