@@ -155,6 +155,7 @@ Status CompoundFileReader::readDirectory(uint32_t firstSector) {
     std::vector<EntryLinks> links(entries_.size());
     std::vector<uint8_t> block(sectorSize_);
     ClassIdTable classIds(clsids_);
+    names_.reserve(entries_.size() * 12);  // AAF's names are mostly short: "properties", "Mobs{1a}"
     EntryRecord record;
     for (size_t id = 0; id < entries_.size(); ++id) {
         if (id % perSector == 0)
@@ -185,9 +186,11 @@ Status CompoundFileReader::convertEntry(uint32_t id, const EntryRecord& record, 
     // 31 UTF-16 units make at most 93 bytes of UTF-8: the length fits its byte.
     const size_t offset = names_.size();
     if (offset > UINT32_MAX - 3 * kMaxNameUnits) return fail("directory names too large", "entry", id);
-    if (ascii)  // the usual case: no conversion buffer
-        names_.append(record.name, record.name + length);
-    else
+    if (ascii) {  // the usual case: no conversion buffer
+        char narrow[kMaxNameUnits + 1];
+        std::copy(record.name, record.name + length, narrow);
+        names_.append(narrow, length);
+    } else
         names_ += utf16ToUtf8(std::u16string(record.name, length));
     entry.nameOffset = uint32_t(offset);
     entry.nameLength = uint8_t(names_.size() - offset);
