@@ -101,7 +101,7 @@ AAFRESULT AppendClipToTrack(uint32_t track, int64_t inPoint, int64_t length, boo
     if (trackNumber > trackCount) return AAFRESULT_INVALID_PARAM;
 
     auto* event = new TrackClip();
-    event->clipName.assign(clip.name);
+    event->clipName = context->texts.text(clip.name);
     event->mobId = clip.masterMobId;  // final only once written; read again then
     event->slotId = trackNumber;
     event->clipIndex = clipIndex;

@@ -5,6 +5,7 @@
 #include "aaf_clip.h"
 #include "aafbridge/aaf_writer.h"
 #include "model/Sequence.h"
+#include "model/Text.h"
 
 namespace aafkit {
 class Object;
@@ -14,6 +15,7 @@ struct ProductIdentification;
 struct AafWriterContext {
     std::vector<Clip> clips;
     Sequence sequence;
+    TextPool texts;  // the events' clip names
     // The file being written; valid only while WriteAafFile runs.
     aafkit::Object* header = nullptr;
     aafkit::Object* dictionary = nullptr;

@@ -10,21 +10,9 @@ void copyText(wchar_t* dest, size_t capacity, const wchar_t* source) {
     dest[n] = 0;
 }
 
-namespace {
-
-std::wstring_view eventTextOf(const wchar_t* source) {
-    if (!source) return {};
-    return std::wstring_view(source, std::min(std::wcslen(source), kTextLength - 1));
-}
-
-}  // namespace
-
-void EventText::assign(const wchar_t* source) {
-    text_ = std::make_shared<const std::wstring>(eventTextOf(source));
-}
-
 EventText TextPool::text(const wchar_t* source) {
-    const std::wstring_view wanted = eventTextOf(source);
+    const std::wstring_view wanted =
+        source ? std::wstring_view(source, std::min(std::wcslen(source), kTextLength - 1)) : std::wstring_view();
     auto found = texts_.find(wanted);
     if (found == texts_.end()) {
         auto shared = std::make_shared<const std::wstring>(wanted);

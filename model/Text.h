@@ -19,8 +19,6 @@ void copyText(wchar_t* dest, size_t capacity, const wchar_t* source);
 class EventText {
 public:
     EventText() = default;
-    // Its own copy of `source`, cut to kTextLength - 1 characters.
-    void assign(const wchar_t* source);
     const wchar_t* c_str() const { return text_ ? text_->c_str() : L""; }
 
 private:
@@ -32,7 +30,7 @@ private:
 // Gives every distinct text one shared copy, for the events of one timeline.
 class TextPool {
 public:
-    // `source` cut to kTextLength - 1 characters, as EventText::assign cuts it.
+    // `source` cut to kTextLength - 1 characters, as a fixed buffer would cut it.
     EventText text(const wchar_t* source);
 
 private:

@@ -22,7 +22,7 @@ protected:
         clip = new TrackClip;
         clip->length = 100;
         clip->inPoint = 3;
-        clip->clipName.assign(L"ABCDEFGHIJ");
+        clip->clipName = c->texts.text(L"ABCDEFGHIJ");
         auto* filler = new Filler;
         transition = new Transition;
         transition->length = 5;
