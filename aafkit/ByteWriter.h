@@ -24,9 +24,7 @@ public:
 private:
     template <typename T>
     void littleEndian(T v) {
-        uint8_t b[sizeof(T)];
-        for (size_t i = 0; i < sizeof(T); ++i) b[i] = uint8_t(v >> (8 * i));
-        out_.insert(out_.end(), b, b + sizeof(T));
+        for (size_t i = 0; i < sizeof(T); ++i) out_.push_back(uint8_t(v >> (8 * i)));
     }
     std::vector<uint8_t>& out_;
 };

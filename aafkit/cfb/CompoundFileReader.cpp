@@ -2,9 +2,9 @@
 
 #include <algorithm>
 #include <cstring>
-#include <map>
 
 #include "aafkit/ByteReader.h"
+#include "aafkit/cfb/ClassIdTable.h"
 #include "aafkit/cfb/CompoundFileFormat.h"
 #include "aafkit/cfb/EntryName.h"
 #include "aafkit/cfb/EntryRecord.h"
@@ -35,26 +35,6 @@ struct EntryLinks {
     uint32_t left = kNoStream;
     uint32_t right = kNoStream;
     uint32_t child = kNoStream;
-};
-
-// Gives each distinct class id one place in the reader's table: the storages of
-// one class share it, and every stream has the all-zero id at index 0.
-class ClassIdTable {
-public:
-    explicit ClassIdTable(std::vector<std::array<uint8_t, 16>>& ids) : ids_(ids) { ids_.assign(1, {}); }
-    uint32_t intern(const uint8_t* clsid) {
-        std::array<uint8_t, 16> key;
-        std::memcpy(key.data(), clsid, key.size());
-        if (key == ids_[last_]) return last_;
-        const auto placed = index_.emplace(key, uint32_t(ids_.size()));
-        if (placed.second) ids_.push_back(key);
-        return last_ = placed.first->second;
-    }
-
-private:
-    std::vector<std::array<uint8_t, 16>>& ids_;
-    std::map<std::array<uint8_t, 16>, uint32_t> index_{{std::array<uint8_t, 16>{}, 0}};
-    uint32_t last_ = 0;
 };
 
 Status CompoundFileReader::open(std::unique_ptr<io::InputFile> input, CompoundFileReader& out) {
@@ -278,7 +258,7 @@ const DirectoryEntry* CompoundFileReader::child(const DirectoryEntry& storage, s
 void CompoundFileReader::releaseDirectory() {
     std::vector<DirectoryEntry>().swap(entries_);
     std::string().swap(names_);
-    std::vector<std::array<uint8_t, 16>>().swap(clsids_);
+    std::vector<ClassId>().swap(clsids_);
     std::vector<uint32_t>().swap(children_);
 }
 

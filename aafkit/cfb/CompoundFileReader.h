@@ -11,13 +11,13 @@
 
 #include "aafkit/Status.h"
 #include "aafkit/cfb/AllocationTable.h"
+#include "aafkit/cfb/ClassIdTable.h"
 #include "aafkit/cfb/CompoundFileFormat.h"
 #include "aafkit/cfb/DirectoryEntry.h"
 #include "aafkit/io/InputFile.h"
 
 namespace aafkit::cfb {
 
-class ClassIdTable;
 struct EntryLinks;
 struct EntryRecord;
 struct FileHeader;
@@ -83,7 +83,7 @@ private:
     std::vector<uint32_t> miniStreamSectors_;
     std::vector<DirectoryEntry> entries_;
     std::string names_;                           // every entry's name, one after another
-    std::vector<std::array<uint8_t, 16>> clsids_;  // distinct class ids; the first is all zeros
+    std::vector<ClassId> clsids_;                 // distinct class ids; the first is all zeros
     std::vector<uint32_t> children_;              // each storage's children together, by name
 
     // Metadata is read in pieces of 64 to 4096 bytes, mostly in file order: small

@@ -62,7 +62,7 @@ private:
     uint64_t flushed_ = 0;
 };
 
-CompoundFileWriter::CompoundFileWriter() { nodes_.push_back(Node{"Root Entry", EntryType::Root, {}, {}, {}}); }
+CompoundFileWriter::CompoundFileWriter() { addNode(kRoot, "Root Entry", EntryType::Root, kNoClsid); }
 
 bool CompoundFileWriter::isStorage(uint32_t id) const {
     return id < nodes_.size() && nodes_[id].type != EntryType::Stream;
@@ -70,36 +70,67 @@ bool CompoundFileWriter::isStorage(uint32_t id) const {
 
 void CompoundFileWriter::setClsid(uint32_t storage, const uint8_t clsid[16]) {
     if (isStorage(storage))
-        std::memcpy(nodes_[storage].clsid, clsid, sizeof nodes_[storage].clsid);
+        nodes_[storage].clsidIndex = classIds_.intern(clsid);
     else if (misuse_.empty())
         misuse_ = "setClsid on no storage at entry " + std::to_string(storage);
 }
 
-uint32_t CompoundFileWriter::addNode(uint32_t parent, std::string name, EntryType type,
+uint32_t CompoundFileWriter::addNode(uint32_t parent, const std::string& name, EntryType type,
                                      const uint8_t clsid[16]) {
-    if (!isStorage(parent)) {
+    if (type != EntryType::Root && !isStorage(parent)) {
         if (misuse_.empty()) misuse_ = "parent is no storage at entry " + std::to_string(parent);
         return kNoStream;
     }
     const auto id = uint32_t(nodes_.size());
-    nodes_.push_back(Node{std::move(name), type, {}, {}, {}});
-    std::memcpy(nodes_.back().clsid, clsid, sizeof nodes_.back().clsid);
-    nodes_[parent].children.push_back(id);
+    if (name.size() > UINT16_MAX && misuse_.empty())
+        misuse_ = nameError("name longer than 31 UTF-16 units", id, name.substr(0, 64)).message();
+    Node node;
+    node.parent = parent;
+    node.nameOffset = uint32_t(names_.size());
+    node.nameLength = uint16_t(std::min<size_t>(name.size(), UINT16_MAX));
+    node.clsidIndex = classIds_.intern(clsid);
+    node.type = type;
+    names_.append(name, 0, node.nameLength);
+    nodes_.push_back(node);
     return id;
 }
 
 uint32_t CompoundFileWriter::addStorage(uint32_t parent, std::string name, const uint8_t clsid[16]) {
-    return addNode(parent, std::move(name), EntryType::Storage, clsid);
+    return addNode(parent, name, EntryType::Storage, clsid);
 }
 
-void CompoundFileWriter::addStream(uint32_t parent, std::string name, std::vector<uint8_t> data) {
-    const uint32_t id = addNode(parent, std::move(name), EntryType::Stream, kNoClsid);
-    if (id != kNoStream) nodes_[id].data = std::move(data);
+void CompoundFileWriter::addStream(uint32_t parent, std::string name, const std::vector<uint8_t>& data) {
+    const uint32_t id = addNode(parent, name, EntryType::Stream, kNoClsid);
+    if (id == kNoStream) return;
+    nodes_[id].bytes = bytes_.add(data);
+    nodes_[id].size = data.size();
 }
 
 void CompoundFileWriter::addStream(uint32_t parent, std::string name, const StreamContent& content) {
-    const uint32_t id = addNode(parent, std::move(name), EntryType::Stream, kNoClsid);
-    if (id != kNoStream) nodes_[id].content = &content;
+    const uint32_t id = addNode(parent, name, EntryType::Stream, kNoClsid);
+    if (id == kNoStream) return;
+    nodes_[id].hasContent = true;
+    contents_.emplace_back(id, &content);
+}
+
+const StreamContent& CompoundFileWriter::contentOf(uint32_t id) const {
+    const auto found = std::lower_bound(contents_.begin(), contents_.end(), id,
+                                        [](const auto& entry, uint32_t wanted) { return entry.first < wanted; });
+    return *found->second;
+}
+
+uint64_t CompoundFileWriter::streamSize(uint32_t id) const {
+    return nodes_[id].hasContent ? contentOf(id).size() : nodes_[id].size;
+}
+
+// Each storage's children side by side in `ids`, from first[storage] to first[storage + 1].
+void CompoundFileWriter::childLists(std::vector<uint32_t>& first, std::vector<uint32_t>& ids) const {
+    first.assign(nodes_.size() + 1, 0);
+    for (uint32_t id = 1; id < nodes_.size(); ++id) ++first[nodes_[id].parent + 1];
+    for (size_t i = 1; i < first.size(); ++i) first[i] += first[i - 1];
+    std::vector<uint32_t> next(first.begin(), first.end() - 1);
+    ids.resize(nodes_.size() - 1);
+    for (uint32_t id = 1; id < nodes_.size(); ++id) ids[next[nodes_[id].parent]++] = id;
 }
 
 // Names are checked and each storage's children sorted by sibling key, one
@@ -107,21 +138,24 @@ void CompoundFileWriter::addStream(uint32_t parent, std::string name, const Stre
 Status CompoundFileWriter::linkChildren(TreeLinks& links) const {
     links.siblings.assign(nodes_.size(), SiblingLinks());
     links.child.assign(nodes_.size(), kNoStream);
-    std::u16string name;
-    if (Status s = checkName(kRoot, nodes_[kRoot].name, name); !s) return s;
+    std::u16string utf16;
+    if (Status s = checkName(kRoot, name(nodes_[kRoot]), utf16); !s) return s;
+    std::vector<uint32_t> first, children;
+    childLists(first, children);
     std::vector<std::pair<std::string, uint32_t>> keyed;
     std::vector<uint32_t> sorted;
     for (uint32_t id = 0; id < nodes_.size(); ++id) {
         keyed.clear();
-        for (uint32_t childId : nodes_[id].children) {
-            if (Status s = checkName(childId, nodes_[childId].name, name); !s) return s;
-            keyed.emplace_back(siblingKey(name), childId);
+        for (uint32_t at = first[id]; at < first[id + 1]; ++at) {
+            const uint32_t childId = children[at];
+            if (Status s = checkName(childId, name(nodes_[childId]), utf16); !s) return s;
+            keyed.emplace_back(siblingKey(utf16), childId);
         }
         std::sort(keyed.begin(), keyed.end());
         sorted.clear();
         for (size_t i = 0; i < keyed.size(); ++i) {
             if (i > 0 && keyed[i - 1].first == keyed[i].first)
-                return nameError("duplicate name in one storage", keyed[i].second, nodes_[keyed[i].second].name);
+                return nameError("duplicate name in one storage", keyed[i].second, name(nodes_[keyed[i].second]));
             sorted.push_back(keyed[i].second);
         }
         links.child[id] = linkSiblings(sorted, links.siblings);
@@ -133,16 +167,16 @@ Status CompoundFileWriter::linkChildren(TreeLinks& links) const {
 EntryRecord CompoundFileWriter::record(uint32_t id, const TreeLinks& links, const EntryPlacement& placement) const {
     const Node& node = nodes_[id];
     EntryRecord record;
-    std::u16string name;
-    utf8ToUtf16(node.name, name);
-    std::copy(name.begin(), name.end(), record.name);
-    record.nameLength = uint16_t((name.size() + 1) * 2);
+    std::u16string utf16;
+    utf8ToUtf16(name(node), utf16);
+    std::copy(utf16.begin(), utf16.end(), record.name);
+    record.nameLength = uint16_t((utf16.size() + 1) * 2);
     record.type = uint8_t(node.type);
     record.color = id == kRoot ? kBlack : links.siblings[id].color;
     record.left = id == kRoot ? kNoStream : links.siblings[id].left;
     record.right = id == kRoot ? kNoStream : links.siblings[id].right;
     record.child = links.child[id];
-    std::memcpy(record.clsid, node.clsid, sizeof record.clsid);
+    std::memcpy(record.clsid, clsids_[node.clsidIndex].data(), sizeof record.clsid);
     record.startSector = placement.startSector;
     record.size = placement.size;
     return record;
@@ -175,12 +209,14 @@ Status CompoundFileWriter::writeDirectory(const TreeLinks& links, const std::vec
 // sectors, both in entry order as SectorLayout placed them.
 Status CompoundFileWriter::writeStreamData(bool mini, StagedOutput& out) const {
     const uint32_t unit = mini ? kMiniSectorSize : kWriterSectorSize;
-    for (const Node& node : nodes_) {
-        if (node.type != EntryType::Stream || inMiniStream(node.size()) != mini) continue;
+    for (uint32_t id = 0; id < nodes_.size(); ++id) {
+        const Node& node = nodes_[id];
+        const uint64_t size = streamSize(id);
+        if (node.type != EntryType::Stream || inMiniStream(size) != mini) continue;
         const uint64_t start = out.position();
-        Status s = node.content ? out.copy(*node.content) : Status();
-        if (!node.content) out.writer().bytes(node.data.data(), node.data.size());
-        if (s && out.position() - start != node.size()) s = Status::error("stream '" + node.name + "' changed size");
+        Status s = node.hasContent ? out.copy(contentOf(id)) : Status();
+        if (!node.hasContent && size > 0) out.writer().bytes(bytes_.at(node.bytes), size_t(size));
+        if (s && out.position() - start != size) s = Status::error("stream '" + name(node) + "' changed size");
         if (!s) return s;
         out.padTo(unit);
         if (Status f = out.flushIfFull(); !f) return f;
@@ -194,7 +230,7 @@ Status CompoundFileWriter::write(io::OutputSink& sink) const {
     TreeLinks links;
     if (Status s = linkChildren(links); !s) return s;
     std::vector<EntryPlacement> placements(nodes_.size());
-    for (uint32_t id = 0; id < nodes_.size(); ++id) placements[id] = {nodes_[id].size(), 0, nodes_[id].type};
+    for (uint32_t id = 0; id < nodes_.size(); ++id) placements[id] = {streamSize(id), 0, nodes_[id].type};
     SectorLayout layout;
     if (Status s = layout.plan(placements); !s) return s;
     StagedOutput out(sink);
