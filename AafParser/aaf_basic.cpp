@@ -46,11 +46,23 @@ bool reportIfFailed(AAFRESULT result, int line, const char* source) {
     return false;
 }
 
+// Formatted by hand: swprintf took longer than the rest of reading a clip.
 int mobId2String(wchar_t* buffer, const aafMobID_t& mobId, size_t size) {
+    constexpr size_t kLength = 34;  // two braces around 32 hex digits
+    if (size <= kLength) return -1;  // as swprintf: the text and its terminator do not fit
     const aafUID_t& m = mobId.material;
-    return std::swprintf(buffer, size, L"{%08x%04x%04x%02x%02x%02x%02x%02x%02x%02x%02x}", unsigned(m.Data1),
-                         unsigned(m.Data2), unsigned(m.Data3), m.Data4[0], m.Data4[1], m.Data4[2], m.Data4[3],
-                         m.Data4[4], m.Data4[5], m.Data4[6], m.Data4[7]);
+    wchar_t* out = buffer;
+    const auto hex = [&out](uint32_t value, int digits) {
+        for (int shift = 4 * (digits - 1); shift >= 0; shift -= 4) *out++ = L"0123456789abcdef"[(value >> shift) & 0xF];
+    };
+    *out++ = L'{';
+    hex(m.Data1, 8);
+    hex(m.Data2, 4);
+    hex(m.Data3, 4);
+    for (uint8_t byte : m.Data4) hex(byte, 2);
+    *out++ = L'}';
+    *out = L'\0';
+    return int(kLength);
 }
 
 AAFRESULT requiredProperty(AAFRESULT result, const aafkit::Object& object, uint16_t pid) {

@@ -288,12 +288,15 @@ Status CompoundFileReader::readStreamRange(const DirectoryEntry& stream, uint64_
     while (n > 0) {
         if (Status s = seekChain(stream, offset / unit, cursor); !s) return s;
         const auto within = uint32_t(offset % unit);
-        // Consecutive sectors are read in one go.
+        // Consecutive sectors are read in one go; mini sectors while they share a sector of the mini stream.
         size_t run = std::min<uint64_t>(n, unit - within);
         ChainCursor end = cursor;
-        while (run < n && !mini) {
+        const AllocationTable& table = mini ? miniFat_ : fat_;
+        const uint64_t miniPerSector = sectorSize_ / kMiniSectorSize;
+        while (run < n) {
             uint32_t next = 0;
-            if (!fat_.next(end.sector, stream.startSector, next) || next != end.sector + 1) break;
+            if (!table.next(end.sector, stream.startSector, next) || next != end.sector + 1) break;
+            if (mini && next / miniPerSector != cursor.sector / miniPerSector) break;
             end = {end.unitIndex + 1, next};
             run = std::min<uint64_t>(n, run + unit);
         }

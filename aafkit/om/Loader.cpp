@@ -28,6 +28,8 @@ public:
     // Loads the object's properties (only those in `onlyPids` when given), then everything they reach.
     Status loadTree(const cfb::DirectoryEntry& storage, Object& object, const std::vector<uint16_t>* onlyPids);
     const std::vector<Object*>& created() const { return created_; }
+    // The model has learnt the file's own classes: classes found so far may be stale.
+    void modelChanged() { classes_.clear(); }
 
 private:
     struct Pending {
@@ -45,6 +47,7 @@ private:
     Status readNamedStream(const cfb::DirectoryEntry& storage, const std::string& name, std::vector<uint8_t>& out);
     bool readWeak(ByteReader& in, WeakReference& out);
     std::string nameOf(const cfb::DirectoryEntry& entry) const { return std::string(cfb_.name(entry)); }
+    const meta::ClassDef* classOf(const cfb::DirectoryEntry& storage);
 
     const cfb::CompoundFileReader& cfb_;
     File& file_;
@@ -52,6 +55,9 @@ private:
     std::vector<Pending> pending_;
     std::vector<uint8_t> properties_;  // reused: one object's stream is done before the next is read
     std::vector<uint8_t> index_;
+    // The class of each of the directory's distinct class ids, by its index there:
+    // a file holds a hundred thousand objects of a few dozen classes.
+    std::vector<std::pair<bool, const meta::ClassDef*>> classes_;
 };
 
 Status ObjectLoader::loadTree(const cfb::DirectoryEntry& storage, Object& object,
@@ -155,14 +161,20 @@ bool ObjectLoader::readWeak(ByteReader& in, WeakReference& out) {
     return true;
 }
 
+const meta::ClassDef* ObjectLoader::classOf(const cfb::DirectoryEntry& storage) {
+    if (storage.clsidIndex >= classes_.size()) classes_.resize(storage.clsidIndex + 1);
+    auto& known = classes_[storage.clsidIndex];
+    if (!known.first) known = {true, file_.model().findClass(decodeAuid(cfb_.clsid(storage)))};
+    return known.second;
+}
+
 // Makes the child object now and queues its storage for loading.
 Status ObjectLoader::addChild(const Pending& item, const std::string& name, Property& p, Object*& out) {
     const cfb::DirectoryEntry* child = cfb_.child(*item.storage, name);
     if (!child || child->type != cfb::EntryType::Storage)
         return Status::error("missing storage \"" + name + "\" in \"" + nameOf(*item.storage) + "\"");
     if (item.depth >= kMaxDepth) return Status::error("objects nested too deeply at \"" + name + "\"");
-    const aafUID_t classId = decodeAuid(cfb_.clsid(*child));
-    out = file_.newObject(classId, file_.model().findClass(classId));
+    out = file_.newObject(decodeAuid(cfb_.clsid(*child)), classOf(*child));
     out->attach(item.object, p.pid);
     created_.push_back(out);
     pending_.push_back({child, out, item.depth + 1});
@@ -271,6 +283,7 @@ Status Loader::load(const cfb::CompoundFileReader& cfb, File& file) {
     if (Object* metaDictionary = file.metaDictionary())
         if (Status s = readMetaDictionary(*metaDictionary, file.model()); !s) return s;
     // Objects made before the declarations were known get their classes now.
+    loader.modelChanged();
     for (Object* object : loader.created()) object->setClassDef(file.model().findClass(object->classId()));
     const std::vector<uint16_t> rest{meta::kRootHeaderPid};
     if (Status s = loader.loadTree(rootEntry, *root, &rest); !s) return s;
