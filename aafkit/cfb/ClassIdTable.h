@@ -17,7 +17,8 @@ public:
     uint32_t intern(const uint8_t* clsid) {
         ClassId key;
         std::memcpy(key.data(), clsid, key.size());
-        if (key == ids_[last_]) return last_;  // neighbouring entries mostly share one
+        if (key == ids_[0]) return 0;  // every stream
+        if (key == ids_[last_]) return last_;  // neighbouring storages often share one
         const auto placed = index_.emplace(key, uint32_t(ids_.size()));
         if (placed.second) ids_.push_back(key);
         return last_ = placed.first->second;

@@ -181,15 +181,15 @@ Status CompoundFileReader::convertEntry(uint32_t id, const EntryRecord& record, 
 }
 
 // Walks the sibling trees without recursion, visiting each entry at most once,
-// then lays each storage's children side by side in one list.
+// then lays each storage's children side by side in one list, by entry id, and
+// indexes them by name.
 Status CompoundFileReader::linkTree(const std::vector<EntryLinks>& links) {
     struct Link {
         uint32_t id;
         uint32_t parent;
     };
-    std::vector<bool> visited(entries_.size());
-    visited[0] = true;
-    std::vector<Link> found;
+    std::vector<uint32_t> parentOf(entries_.size(), kNoStream);
+    parentOf[0] = 0;
     std::vector<Link> pending{{links[0].child, 0}};
     while (!pending.empty()) {
         const Link link = pending.back();
@@ -197,10 +197,9 @@ Status CompoundFileReader::linkTree(const std::vector<EntryLinks>& links) {
         if (link.id == kNoStream) continue;
         if (link.id >= entries_.size() || entries_[link.id].type == EntryType::Empty)
             return fail("directory link to no entry", "entry", link.parent);
-        if (visited[link.id]) return fail("directory loop", "entry", link.id);
-        visited[link.id] = true;
+        if (parentOf[link.id] != kNoStream) return fail("directory loop", "entry", link.id);
+        parentOf[link.id] = link.parent;
         const EntryLinks& record = links[link.id];
-        found.push_back(link);
         ++entries_[link.parent].childCount;
         pending.push_back({record.left, link.parent});
         pending.push_back({record.right, link.parent});
@@ -215,21 +214,15 @@ Status CompoundFileReader::linkTree(const std::vector<EntryLinks>& links) {
         placed += entry.childCount;
         entry.childCount = 0;
     }
-    children_.resize(found.size());
-    for (const Link& link : found) {
-        DirectoryEntry& parent = entries_[link.parent];
-        children_[parent.firstChild + parent.childCount++] = link.id;
+    children_.resize(placed);
+    childIndex_.reset(placed);
+    for (uint32_t id = 1; id < entries_.size(); ++id) {
+        if (parentOf[id] == kNoStream) continue;
+        DirectoryEntry& parent = entries_[parentOf[id]];
+        children_[parent.firstChild + parent.childCount++] = id;
+        childIndex_.add(parentOf[id], name(entries_[id]), id);
     }
-    sortChildren();
     return Status();
-}
-
-void CompoundFileReader::sortChildren() {
-    auto byName = [this](uint32_t a, uint32_t b) { return name(entries_[a]) < name(entries_[b]); };
-    for (const DirectoryEntry& storage : entries_) {
-        uint32_t* first = children_.data() + storage.firstChild;
-        std::sort(first, first + storage.childCount, byName);
-    }
 }
 
 // The mini stream is the root entry's data; the mini FAT covers its 64-byte sectors.
@@ -249,10 +242,9 @@ EntryIds CompoundFileReader::children(const DirectoryEntry& storage) const {
 }
 
 const DirectoryEntry* CompoundFileReader::child(const DirectoryEntry& storage, std::string_view wanted) const {
-    const EntryIds ids = children(storage);
-    auto it = std::lower_bound(ids.begin(), ids.end(), wanted,
-                               [this](uint32_t id, std::string_view n) { return name(entries_[id]) < n; });
-    return it != ids.end() && name(entries_[*it]) == wanted ? &entries_[*it] : nullptr;
+    const auto parent = uint32_t(&storage - entries_.data());
+    const uint32_t id = childIndex_.find(parent, wanted, [this](uint32_t i) { return name(entries_[i]); });
+    return id == ChildIndex::kNone ? nullptr : &entries_[id];
 }
 
 void CompoundFileReader::releaseDirectory() {
@@ -260,23 +252,24 @@ void CompoundFileReader::releaseDirectory() {
     std::string().swap(names_);
     std::vector<ClassId>().swap(clsids_);
     std::vector<uint32_t>().swap(children_);
+    childIndex_.release();
 }
 
 Status CompoundFileReader::readStream(const DirectoryEntry& stream, std::vector<uint8_t>& out) const {
     out.clear();
-    const std::string where = " in stream '" + std::string(name(stream)) + "'";
-    if (stream.type != EntryType::Stream) return Status::error("not a stream" + where);
+    const auto where = [&] { return " in stream '" + std::string(name(stream)) + "'"; };
+    if (stream.type != EntryType::Stream) return Status::error("not a stream" + where());
     const bool mini = stream.size < kMiniStreamCutoff;
     // A size the chain cannot hold fails before anything is allocated for it.
     if (unitsFor(stream.size, mini ? kMiniSectorSize : sectorSize_) > (mini ? miniFat_ : fat_).size())
         return Status::error(std::string(mini ? "mini FAT" : "FAT") + " chain longer than the file at sector " +
-                             std::to_string(stream.startSector) + where);
+                             std::to_string(stream.startSector) + where());
     out.resize(size_t(stream.size));
     ChainCursor cursor;
     Status s = readStreamRange(stream, 0, out.data(), out.size(), cursor);
     if (s) return s;
     out.clear();
-    return Status::error(s.message() + where);
+    return Status::error(s.message() + where());
 }
 
 Status CompoundFileReader::readStreamRange(const DirectoryEntry& stream, uint64_t offset, uint8_t* out, size_t n,

@@ -11,6 +11,7 @@
 
 #include "aafkit/Status.h"
 #include "aafkit/cfb/AllocationTable.h"
+#include "aafkit/cfb/ChildIndex.h"
 #include "aafkit/cfb/ClassIdTable.h"
 #include "aafkit/cfb/CompoundFileFormat.h"
 #include "aafkit/cfb/DirectoryEntry.h"
@@ -44,7 +45,7 @@ public:
     // The entry's 16-byte class id.
     const uint8_t* clsid(const DirectoryEntry& entry) const { return clsids_[entry.clsidIndex].data(); }
     EntryIds children(const DirectoryEntry& storage) const;
-    // Direct child of a storage by exact name, or nullptr.
+    // Direct child of a storage (an entry of this reader) by exact name, or nullptr.
     const DirectoryEntry* child(const DirectoryEntry& storage, std::string_view name) const;
     // Whole stream contents, for the small streams that hold properties and indexes.
     Status readStream(const DirectoryEntry& stream, std::vector<uint8_t>& out) const;
@@ -67,7 +68,6 @@ private:
     Status readDirectory(uint32_t firstSector);
     Status convertEntry(uint32_t id, const EntryRecord& record, ClassIdTable& classIds);
     Status linkTree(const std::vector<EntryLinks>& links);
-    void sortChildren();
     Status readMiniStream(const FileHeader& header);
     Status readSector(uint32_t id, uint8_t* out) const;
     Status readUnits(bool mini, uint32_t id, uint32_t within, uint8_t* out, size_t n) const;
@@ -84,7 +84,8 @@ private:
     std::vector<DirectoryEntry> entries_;
     std::string names_;                           // every entry's name, one after another
     std::vector<ClassId> clsids_;                 // distinct class ids; the first is all zeros
-    std::vector<uint32_t> children_;              // each storage's children together, by name
+    std::vector<uint32_t> children_;              // each storage's children together, by id
+    ChildIndex childIndex_;
 
     // Metadata is read in pieces of 64 to 4096 bytes, mostly in file order: small
     // reads go through a cache of aligned blocks, large ones straight to the file.

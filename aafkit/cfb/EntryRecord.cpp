@@ -4,33 +4,39 @@
 #include <cstring>
 
 namespace aafkit::cfb {
+namespace {
+
+// A little-endian field; with its size known the compiler makes it one load.
+template <typename T>
+T field(const uint8_t* at) {
+    T value = 0;
+    for (size_t i = 0; i < sizeof(T); ++i) value |= T(T(at[i]) << (8 * i));
+    return value;
+}
+
+}  // namespace
 
 bool EntryRecord::read(ByteReader& in) {
     // One bounds check for the whole entry, then fixed offsets: directories hold
     // hundreds of thousands of entries.
     const uint8_t* p = nullptr;
     if (!in.bytes(kEntrySize, p)) return false;
-    const auto field = [p](size_t at, size_t size) {
-        uint64_t value = 0;
-        for (size_t i = 0; i < size; ++i) value |= uint64_t(p[at + i]) << (8 * i);
-        return value;
-    };
-    nameLength = uint16_t(field(64, 2));
+    nameLength = field<uint16_t>(p + 64);
     // Only the units the length covers carry the name; the rest are zero in valid files.
     const size_t units = std::min<size_t>(nameLength / 2, kMaxNameUnits + 1);
-    for (size_t i = 0; i < units; ++i) name[i] = char16_t(field(2 * i, 2));
+    for (size_t i = 0; i < units; ++i) name[i] = char16_t(field<uint16_t>(p + 2 * i));
     std::fill(name + units, name + kMaxNameUnits + 1, u'\0');
     type = p[66];
     color = p[67];
-    left = uint32_t(field(68, 4));
-    right = uint32_t(field(72, 4));
-    child = uint32_t(field(76, 4));
+    left = field<uint32_t>(p + 68);
+    right = field<uint32_t>(p + 72);
+    child = field<uint32_t>(p + 76);
     std::memcpy(clsid, p + 80, sizeof clsid);
-    stateBits = uint32_t(field(96, 4));
-    created = field(100, 8);
-    modified = field(108, 8);
-    startSector = uint32_t(field(116, 4));
-    size = field(120, 8);
+    stateBits = field<uint32_t>(p + 96);
+    created = field<uint64_t>(p + 100);
+    modified = field<uint64_t>(p + 108);
+    startSector = field<uint32_t>(p + 116);
+    size = field<uint64_t>(p + 120);
     return true;
 }
 
