@@ -194,7 +194,7 @@ TEST_F(OtioWrite, WhatTheWriterCannotExpressIsRefusedByPath) {
 TEST_F(OtioWrite, BadDocumentsAreNamed) {
     const testsupport::ToolRun broken = write("{\"OTIO_SCHEMA\": \"Timeline.1\", ");
     EXPECT_EQ(broken.exitCode, 1);
-    EXPECT_NE(broken.output.find("is not valid JSON"), std::string::npos) << broken.output;
+    EXPECT_NE(broken.output.find("is not valid JSON: line 1, column"), std::string::npos) << broken.output;
     expectRefused({{"OTIO_SCHEMA", "Timeline.1"}, {"name", "Cut"}}, "document: missing \"tracks\"");
     expectRefused({{"OTIO_SCHEMA", "Clip.2"}}, "document: Clip is not supported: expected a Timeline");
     Json noRange = clip("A", 0, 10, 25);
@@ -208,6 +208,19 @@ TEST_F(OtioWrite, BadDocumentsAreNamed) {
     expectRefused(timeline({clip("A", 0, 10, 25)}), "tracks.children[0]: Clip is not supported here");
     // The tool's own description in a file named .otio is taken for OTIO, and says so.
     expectRefused({{"composition", {{"name", "C"}, {"rate", {25, 1}}}}}, "document: missing \"OTIO_SCHEMA\"");
+}
+
+TEST_F(OtioWrite, ATimelineInAFileOfAnyNameIsKnownByItsContent) {
+    const std::string json = otiotest::testFile(".json");
+    otiotest::saveText(json, timeline({track("Video", {gap(5, 25), clip("A", 100, 50, 25)})}).dump());
+    const testsupport::ToolRun run = testsupport::runTool("write " + json + " " + output);
+    std::filesystem::remove(json);
+    ASSERT_EQ(run.exitCode, 0) << run.output;
+    const Json events = otiotest::hostView(output)["tracks"][0]["events"];
+    ASSERT_EQ(events.size(), 2u);
+    EXPECT_EQ(events[1]["name"], "A");
+    EXPECT_EQ(events[1]["inPoint"], 100);
+    EXPECT_EQ(events[1]["length"], 50);
 }
 
 // Every value of a small document replaced in turn by a value of another kind: each write

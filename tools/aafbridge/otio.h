@@ -4,12 +4,16 @@
 #include <nlohmann/json.hpp>
 #include <string>
 
+#include "description/FlatJson.h"
+
 // The host's view (see HostView.h) as an OTIO Timeline named `name`.
 nlohmann::ordered_json otioFromHostView(const nlohmann::ordered_json& view, const std::string& name);
 
-// Whether `write` was given an OTIO document: by the file's extension or by its content.
-bool isOtioInput(const std::string& path, const nlohmann::json& document);
+// Whether `write` was given an OTIO document: by the file's extension, or by its content
+// for a file read as the tool's own JSON.
+bool hasOtioExtension(const std::string& path);
+bool isOtioDocument(const nlohmann::json& document);
 
 // The Timeline as the tool's own JSON description. Throws OtioRefusal, whose text starts with
 // the path of the item in the document, for what the writer cannot express.
-nlohmann::json descriptionFromOtio(const nlohmann::json& timeline);
+nlohmann::json descriptionFromOtio(const FlatJson& timeline);

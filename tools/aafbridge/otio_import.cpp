@@ -34,49 +34,44 @@ struct Entry {
     std::vector<Json> effects;        // clips: the effect events that follow it, lengths to come
 };
 
-const Json kNothing = Json::array();
-
 // Times beyond this many edit units are refused, so that sums of them stay far from overflow.
 constexpr double kLongest = 1e12;
 
-const Json* member(const Json& object, const char* key) {
-    return object.is_object() && object.contains(key) ? &object[key] : nullptr;
-}
+using Index = FlatJson::Index;
 
-const Json* firstItemRate(const Json& track) {
-    const Json* children = member(track, "children");
-    for (const Json& child : children && children->is_array() ? *children : kNothing) {
-        const Json* range = member(child, "source_range");
-        const Json* duration = range ? member(*range, "duration") : nullptr;
-        const Json* rate = duration ? member(*duration, "rate") : nullptr;
-        if (rate && rate->is_number()) return rate;
+// The rate of a track's first clip or gap that gives one.
+Index firstItemRate(const FlatJson& document, Index track) {
+    const Index children = document.member(track, "children");
+    for (size_t i = 0; i < document.size(children); ++i) {
+        const Index range = document.member(document.element(children, i), "source_range");
+        const Index rate = document.member(document.member(range, "duration"), "rate");
+        if (document.isNumber(rate)) return rate;
     }
-    return nullptr;
+    return FlatJson::kAbsent;
 }
 
 // The rate every time is converted to: the first clip's or gap's, on a video track if there
 // is one (sound at the sample rate would make the picture's timecode count samples); else the
 // edit rate an empty track kept from its AAF file, else the global start time's, else OTIO's
 // default of 24.
-double firstRate(const Json& timeline) {
-    const Json* stack = member(timeline, "tracks");
-    const Json* tracks = stack ? member(*stack, "children") : nullptr;
+double firstRate(const FlatJson& document, Index timeline) {
+    const Index tracks = document.member(document.member(timeline, "tracks"), "children");
     for (const bool videoOnly : {true, false}) {
-        for (const Json& track : tracks && tracks->is_array() ? *tracks : kNothing) {
-            const Json* kind = member(track, "kind");
-            const Json* rate = firstItemRate(track);
-            if (rate && (!videoOnly || (kind && *kind == "Video"))) return rate->get<double>();
+        for (size_t t = 0; t < document.size(tracks); ++t) {
+            const Index track = document.element(tracks, t);
+            const Index kind = document.member(track, "kind");
+            const Index rate = firstItemRate(document, track);
+            const bool video = document.kind(kind) == FlatJson::Kind::text && document.text(kind) == "Video";
+            if (rate != FlatJson::kAbsent && (!videoOnly || video)) return document.number(rate);
         }
     }
-    for (const Json& track : tracks && tracks->is_array() ? *tracks : kNothing) {
-        const Json* metadata = member(track, "metadata");
-        const Json* own = metadata ? member(*metadata, "aafbridge") : nullptr;
-        const Json* rate = own ? member(*own, "editRate") : nullptr;
-        if (rate && rate->is_number()) return rate->get<double>();
+    for (size_t t = 0; t < document.size(tracks); ++t) {
+        const Index own = document.member(document.member(document.element(tracks, t), "metadata"), "aafbridge");
+        const Index rate = document.member(own, "editRate");
+        if (document.isNumber(rate)) return document.number(rate);
     }
-    const Json* start = member(timeline, "global_start_time");
-    const Json* rate = start ? member(*start, "rate") : nullptr;
-    return rate && rate->is_number() ? rate->get<double>() : 24.0;
+    const Index rate = document.member(document.member(timeline, "global_start_time"), "rate");
+    return document.isNumber(rate) ? document.number(rate) : 24.0;
 }
 
 const char* kindName(bool video) { return video ? "video" : "audio"; }
@@ -84,7 +79,8 @@ const char* kindName(bool video) { return video ? "video" : "audio"; }
 class Import {
 public:
     explicit Import(const OtioNode& timeline) : timeline_(timeline) {
-        if (!otioRate(firstRate(timeline.json()), rate_)) timeline.refuse("no usable frame rate");
+        if (!otioRate(firstRate(timeline.document(), timeline.index()), rate_))
+            timeline.refuse("no usable frame rate");
     }
 
     Json description() {
@@ -121,7 +117,7 @@ private:
         const double converted = own == rate_ ? value : value * rate_.value() / own.value();
         const double whole = std::round(converted);
         if (std::fabs(converted - whole) > 1e-6)
-            time.refuse(time["value"].json().dump() + " at " + time["rate"].json().dump() +
+            time.refuse(time["value"].shown() + " at " + time["rate"].shown() +
                         " is not a whole number of edit units at " + std::to_string(rate_.numerator) + "/" +
                         std::to_string(rate_.denominator) + ", the rate every track is written at");
         if (std::fabs(whole) > kLongest) time.refuse("out of range");
@@ -147,11 +143,10 @@ private:
     }
 
     bool dropFrame() const {
-        const Json* metadata = member(timeline_.json(), "metadata");
-        const Json* own = metadata ? member(*metadata, "aafbridge") : nullptr;
-        const Json* timecode = own ? member(*own, "timecode") : nullptr;
-        const Json* drop = timecode ? member(*timecode, "drop") : nullptr;
-        return drop && drop->is_boolean() && drop->get<bool>();
+        const FlatJson& document = timeline_.document();
+        const Index own = document.member(document.member(timeline_.index(), "metadata"), "aafbridge");
+        const Index drop = document.member(document.member(own, "timecode"), "drop");
+        return document.kind(drop) == FlatJson::Kind::boolean && document.boolean(drop);
     }
 
     static void refuseTrimsAndEffects(const OtioNode& composition) {
@@ -389,14 +384,16 @@ private:
 
 }  // namespace
 
-bool isOtioInput(const std::string& path, const Json& document) {
+bool hasOtioExtension(const std::string& path) {
     std::string extension = path.size() >= 5 ? path.substr(path.size() - 5) : "";
     std::transform(extension.begin(), extension.end(), extension.begin(), [](unsigned char c) { return std::tolower(c); });
-    return extension == ".otio" || (document.is_object() && document.contains("OTIO_SCHEMA"));
+    return extension == ".otio";
 }
 
-Json descriptionFromOtio(const Json& document) {
-    const OtioNode timeline(document, "");
+bool isOtioDocument(const Json& document) { return document.is_object() && document.contains("OTIO_SCHEMA"); }
+
+Json descriptionFromOtio(const FlatJson& document) {
+    const OtioNode timeline(document, document.root());
     if (timeline.schema() != "Timeline") timeline.refuse(timeline.schema() + " is not supported: expected a Timeline");
     return Import(timeline).description();
 }

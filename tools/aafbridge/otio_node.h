@@ -2,24 +2,26 @@
 // A value of an OpenTimelineIO document together with its path in the document, so that
 // every refusal names the item: `tracks.children[1].children[4]: ...`. Access is checked:
 // a missing member or a value of the wrong kind is refused, never read. A node refers to its
-// parent and to its key, so both must outlive it; the path is put together only for a
-// refusal, as building it on every step cost more than the rest of the reading.
+// document, its parent and its key, so all three must outlive it; the path is put together
+// only for a refusal, as building it on every step cost more than the rest of the reading.
 #include <cmath>
 #include <string>
 #include <utility>
 
+#include "description/FlatJson.h"
 #include "otio_time.h"
 
 class OtioNode {
 public:
-    OtioNode(const nlohmann::json& value, std::string path) : value_(value), root_(std::move(path)) {}
+    OtioNode(const FlatJson& document, FlatJson::Index value) : document_(document), value_(value) {}
 
-    const nlohmann::json& json() const { return value_; }
+    const FlatJson& document() const { return document_; }
+    FlatJson::Index index() const { return value_; }
 
     std::string path() const {
-        if (!parent_) return root_;
+        if (!parent_) return "";
         const std::string above = parent_->path();
-        if (!key_) return above + "[" + std::to_string(index_) + "]";
+        if (!key_) return above + "[" + std::to_string(position_) + "]";
         return above.empty() ? key_ : above + "." + key_;
     }
 
@@ -29,49 +31,52 @@ public:
     }
 
     // Present and not null.
-    bool has(const char* key) const {
-        auto found = object().find(key);
-        return found != value_.end() && !found->is_null();
-    }
+    bool has(const char* key) const { return present(key) != FlatJson::kAbsent; }
 
     OtioNode operator[](const char* key) const {
-        auto found = object().find(key);
-        if (found == value_.end()) refuse(std::string("missing \"") + key + "\"");
-        return OtioNode(*found, this, key, 0);
+        const FlatJson::Index found = object().member(key);
+        if (found == FlatJson::kAbsent) refuse(std::string("missing \"") + key + "\"");
+        return child(found, key);
     }
 
-    // The element at `index` of an array, which must be below size().
-    OtioNode at(size_t index) const { return OtioNode(value_[index], this, nullptr, index); }
+    // The element at `position` of an array, which must be below size().
+    OtioNode at(size_t position) const {
+        return OtioNode(document_, document_.element(value_, position), this, nullptr, position);
+    }
 
     size_t size() const {
-        if (!value_.is_array()) refuse("expected an array");
-        return value_.size();
+        if (document_.kind(value_) != FlatJson::Kind::array) refuse("expected an array, not " + shown());
+        return document_.size(value_);
     }
 
     // An array that may be absent or null: its size, 0 then.
-    size_t count(const char* key) const { return has(key) ? (*this)[key].size() : 0; }
+    size_t count(const char* key) const {
+        const FlatJson::Index found = present(key);
+        return found == FlatJson::kAbsent ? 0 : child(found, key).size();
+    }
 
     double number() const {
-        if (!value_.is_number()) refuse("expected a number, not " + shown());
-        const double value = value_.get<double>();
+        if (!document_.isNumber(value_)) refuse("expected a number, not " + shown());
+        const double value = document_.number(value_);
         if (!std::isfinite(value)) refuse("not a finite number");
         return value;
     }
 
     std::string text() const {
-        if (!value_.is_string()) refuse("expected a string, not " + shown());
-        return value_.get<std::string>();
+        if (document_.kind(value_) != FlatJson::Kind::text) refuse("expected a string, not " + shown());
+        return std::string(document_.text(value_));
     }
 
     std::string text(const char* key, const std::string& fallback) const {
-        return has(key) ? (*this)[key].text() : fallback;
+        const FlatJson::Index found = present(key);
+        return found == FlatJson::kAbsent ? fallback : child(found, key).text();
     }
 
     bool flag(const char* key, bool fallback) const {
-        if (!has(key)) return fallback;
-        const OtioNode value = (*this)[key];
-        if (!value.value_.is_boolean()) value.refuse("expected true or false");
-        return value.value_.get<bool>();
+        const FlatJson::Index found = present(key);
+        if (found == FlatJson::kAbsent) return fallback;
+        if (document_.kind(found) != FlatJson::Kind::boolean) child(found, key).refuse("expected true or false");
+        return document_.boolean(found);
     }
 
     // The schema's name without its version: "Clip" for "Clip.2".
@@ -80,23 +85,34 @@ public:
         return schema.substr(0, schema.find('.'));
     }
 
-private:
+    // The value as a message shows it.
     std::string shown() const {
-        const std::string text = value_.dump();
+        const std::string text = document_.shown(value_);
         return text.size() > 40 ? text.substr(0, 40) + "..." : text;
     }
 
-    const nlohmann::json& object() const {
-        if (!value_.is_object()) refuse("expected an object, not " + shown());
-        return value_;
+private:
+    // This node, checked to be an object.
+    const OtioNode& object() const {
+        if (document_.kind(value_) != FlatJson::Kind::object) refuse("expected an object, not " + shown());
+        return *this;
+    }
+    FlatJson::Index member(const char* key) const { return document_.member(value_, key); }
+
+    // The member, kAbsent when it is missing or null.
+    FlatJson::Index present(const char* key) const {
+        const FlatJson::Index found = object().member(key);
+        return document_.kind(found) == FlatJson::Kind::null ? FlatJson::kAbsent : found;
     }
 
-    OtioNode(const nlohmann::json& value, const OtioNode* parent, const char* key, size_t index)
-        : value_(value), parent_(parent), key_(key), index_(index) {}
+    OtioNode child(FlatJson::Index value, const char* key) const { return OtioNode(document_, value, this, key, 0); }
 
-    const nlohmann::json& value_;
+    OtioNode(const FlatJson& document, FlatJson::Index value, const OtioNode* parent, const char* key, size_t position)
+        : document_(document), value_(value), parent_(parent), key_(key), position_(position) {}
+
+    const FlatJson& document_;
+    FlatJson::Index value_;
     const OtioNode* parent_ = nullptr;
-    std::string root_;
     const char* key_ = nullptr;  // null for an array element
-    size_t index_ = 0;
+    size_t position_ = 0;
 };

@@ -1,6 +1,6 @@
 #include "JsonText.h"
 
-#include <string>
+#include <iterator>
 
 #include "DescriptionError.h"
 
@@ -8,40 +8,11 @@ using Json = nlohmann::json;
 
 namespace {
 
-// The library's own tree builder, but a failure is kept with the place it happened
-// instead of thrown from inside the parser: a number out of range (1e400) is
-// reported there without a line or column.
-class PlacedErrors {
+// nlohmann's own tree builder, its errors kept with their place.
+class PlacedTree : public nlohmann::detail::json_sax_dom_parser<Json>, public SyntaxPlace {
 public:
-    explicit PlacedErrors(Json& result) : tree_(result, false) {}
-
-    bool null() { return tree_.null(); }
-    bool boolean(bool value) { return tree_.boolean(value); }
-    bool number_integer(Json::number_integer_t value) { return tree_.number_integer(value); }
-    bool number_unsigned(Json::number_unsigned_t value) { return tree_.number_unsigned(value); }
-    bool number_float(Json::number_float_t value, const std::string& text) { return tree_.number_float(value, text); }
-    bool string(std::string& value) { return tree_.string(value); }
-    bool binary(Json::binary_t& value) { return tree_.binary(value); }
-    bool start_object(std::size_t size) { return tree_.start_object(size); }
-    bool key(std::string& value) { return tree_.key(value); }
-    bool end_object() { return tree_.end_object(); }
-    bool start_array(std::size_t size) { return tree_.start_array(size); }
-    bool end_array() { return tree_.end_array(); }
-
-    bool parse_error(std::size_t consumed, const std::string&, const nlohmann::detail::exception& error) {
-        consumed_ = consumed;
-        message_ = error.what();
-        return false;
-    }
-
-    std::size_t consumed() const { return consumed_; }
-
-    const std::string& message() const { return message_; }
-
-private:
-    nlohmann::detail::json_sax_dom_parser<Json> tree_;
-    std::size_t consumed_ = 0;
-    std::string message_;
+    explicit PlacedTree(Json& result) : json_sax_dom_parser(result, false) {}
+    using SyntaxPlace::parse_error;
 };
 
 // The line and column of the last character the parser read, counted from 1.
@@ -66,10 +37,34 @@ std::string reasonOf(const std::string& message) {
 
 }  // namespace
 
-Json parseJsonText(std::istream& in) {
-    const std::string text((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
+bool SyntaxPlace::parse_error(std::size_t consumed, const std::string&, const nlohmann::detail::exception& error) {
+    consumed_ = consumed;
+    message_ = error.what();
+    return false;
+}
+
+void SyntaxPlace::raise(const std::string& text) const {
+    throw DescriptionError(placeOf(text, consumed_) + ": " + reasonOf(message_));
+}
+
+std::string readText(std::istream& in) {
+    // Whole blocks at a time, into space for the whole file when its size is known: a
+    // character at a time costs as much as parsing them.
+    std::string text;
+    const std::istream::pos_type start = in.tellg();
+    if (start != std::istream::pos_type(-1) && in.seekg(0, std::ios::end)) {
+        text.reserve(size_t(in.tellg() - start));
+        in.seekg(start);
+    }
+    in.clear();
+    char block[1 << 16];
+    while (in.read(block, sizeof block) || in.gcount() > 0) text.append(block, size_t(in.gcount()));
+    return text;
+}
+
+Json parseJsonText(const std::string& text) {
     Json result;
-    PlacedErrors handler(result);
-    if (Json::sax_parse(text, &handler)) return result;
-    throw DescriptionError(placeOf(text, handler.consumed()) + ": " + reasonOf(handler.message()));
+    PlacedTree handler(result);
+    parseJsonText(text, handler);
+    return result;
 }

@@ -22,6 +22,16 @@ int failed(const std::string& command, const std::string& what) {
     return 1;
 }
 
+// The input as the tool's description. An OTIO document is read into a flat document, which
+// costs a fraction of nlohmann's tree; one found by its content alone is read again that way.
+nlohmann::json inputDescription(const std::string& text, const std::string& inputName) {
+    if (hasOtioExtension(inputName)) return descriptionFromOtio(FlatJson::parse(text));
+    nlohmann::json description = parseJsonText(text);
+    if (!isOtioDocument(description)) return description;
+    description = nullptr;
+    return descriptionFromOtio(FlatJson::parse(text));
+}
+
 }  // namespace
 
 // The library never replaces a file, so the tool writes beside OUTPUT and then moves
@@ -56,16 +66,11 @@ int writeJsonDescription(const std::string& command, std::istream& in, const std
                          const std::string& output) {
     nlohmann::json description;
     try {
-        description = parseJsonText(in);
+        description = inputDescription(readText(in), inputName);
     } catch (const DescriptionError& error) {
         return failed(command, inputName + " is not valid JSON: " + error.what());
-    }
-    if (isOtioInput(inputName, description)) {
-        try {
-            description = descriptionFromOtio(description);
-        } catch (const OtioRefusal& refusal) {
-            return failed(command, refusal.what());
-        }
+    } catch (const OtioRefusal& refusal) {
+        return failed(command, refusal.what());
     }
     return writeDescription(command, description, output);
 }
