@@ -83,6 +83,13 @@ Piece transitionPiece(const Json& event, double rate) {
 
 // Values and key frames travel in metadata; key frames as fractions of the effect's length,
 // as the writer takes them (none when the effect has no length to divide by).
+//
+// A speed change cannot be told from any other operation the reader does not know, so it is
+// named "Other" like them and never made a LinearTimeWarp: the reader reports it as type 5
+// with no values and no key frames (the speed ratio and phase are not among the parameters
+// it reads), and folds the speed into the clip it covers, whose length becomes the effect's
+// and whose in-point is recomputed from the ratio (over 1001, as the writer stores it, every
+// in-point below 1001 becomes 0). Neither the speed nor the original in-point is left.
 Json effectItem(const Json& event) {
     static const char* const kNames[] = {"Volume", "Pan", "Composite"};
     const uint32_t type = event["effectType"];
@@ -102,9 +109,8 @@ Json effectItem(const Json& event) {
 }
 
 // An effect covers the clips and fillers just before it, as many as its length needs (the
-// writer's rule); nested effects land on the same items, innermost first. The reader folds
-// a speed change into its clip and reports the group as another effect, so no time warp is
-// made here. Answers false when nothing precedes it on the track.
+// writer's rule); nested effects land on the same items, innermost first. Answers false when
+// nothing precedes it on the track.
 bool attachEffect(std::vector<Piece>& pieces, const Json& event) {
     const Json effect = effectItem(event);
     int64_t remaining = event["length"];
