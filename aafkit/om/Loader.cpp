@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <string>
 
-#include "../ByteReader.h"
+#include "../io/ByteReader.h"
 #include "../File.h"
 #include "../Values.h"
 #include "../meta/Ids.h"

@@ -3,7 +3,7 @@
 #include <unordered_map>
 
 
-#include "../ByteWriter.h"
+#include "../io/ByteWriter.h"
 #include "../File.h"
 #include "../NewFileBuilder.h"
 #include "../Values.h"
