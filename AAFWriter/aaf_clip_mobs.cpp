@@ -8,7 +8,7 @@
 #include "aafkit/Dictionary.h"
 #include "aafkit/ResultCodes.h"
 #include "aafkit/Saturating.h"
-#include "aafkit/Values.h"
+#include "aafkit/om/Values.h"
 #include "aafkit/meta/Ids.h"
 #include "context.h"
 

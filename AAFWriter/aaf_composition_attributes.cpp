@@ -6,7 +6,7 @@
 #include "aafkit/Builders.h"
 #include "aafkit/Dictionary.h"
 #include "aafkit/ResultCodes.h"
-#include "aafkit/Values.h"
+#include "aafkit/om/Values.h"
 #include "aafkit/meta/Ids.h"
 #include "aafkit/meta/MetaModel.h"
 #include "context.h"

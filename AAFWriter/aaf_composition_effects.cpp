@@ -8,7 +8,7 @@
 #include "aafkit/Checked.h"
 #include "aafkit/Dictionary.h"
 #include "aafkit/ResultCodes.h"
-#include "aafkit/Values.h"
+#include "aafkit/om/Values.h"
 #include "aafkit/meta/EditorIds.h"
 #include "aafkit/meta/Ids.h"
 #include "context.h"

@@ -3,7 +3,7 @@
 #include "aafkit/File.h"
 #include "aafkit/Mobs.h"
 #include "aafkit/ResultCodes.h"
-#include "aafkit/Values.h"
+#include "aafkit/om/Values.h"
 #include "aafkit/meta/Ids.h"
 #include "composition.h"
 #include "model/TrackClip.h"

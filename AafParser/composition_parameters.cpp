@@ -4,7 +4,7 @@
 #include "aafbridge/aaf_writer.h"
 #include "aafkit/Dictionary.h"
 #include "aafkit/ResultCodes.h"
-#include "aafkit/Values.h"
+#include "aafkit/om/Values.h"
 #include "aafkit/meta/EditorIds.h"
 #include "aafkit/meta/Ids.h"
 #include "composition.h"

@@ -10,7 +10,7 @@
 #include "NewFileBuilder.h"
 #include "ResultCodes.h"
 #include "Saturating.h"
-#include "Values.h"
+#include "om/Values.h"
 #include "meta/Ids.h"
 
 namespace aafkit {

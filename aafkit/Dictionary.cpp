@@ -2,7 +2,7 @@
 
 #include "Checked.h"
 #include "ResultCodes.h"
-#include "Values.h"
+#include "om/Values.h"
 #include "meta/Ids.h"
 
 namespace aafkit {

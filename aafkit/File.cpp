@@ -3,7 +3,7 @@
 #include <cstring>
 
 #include "ResultCodes.h"
-#include "Values.h"
+#include "om/Values.h"
 #include "cfb/CompoundFileFormat.h"
 #include "cfb/CompoundFileReader.h"
 #include "io/InputFile.h"

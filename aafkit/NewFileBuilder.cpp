@@ -5,7 +5,7 @@
 #include <ctime>
 #include <random>
 
-#include "Values.h"
+#include "om/Values.h"
 #include "meta/BaselineModel.h"
 #include "meta/Ids.h"
 

@@ -2,7 +2,7 @@
 
 #include "../File.h"
 #include "../ResultCodes.h"
-#include "../Values.h"
+#include "../om/Values.h"
 #include "Ids.h"
 
 namespace aafkit::meta {

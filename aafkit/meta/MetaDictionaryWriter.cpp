@@ -4,7 +4,7 @@
 #include <unordered_set>
 
 #include "../File.h"
-#include "../Values.h"
+#include "../om/Values.h"
 #include "Ids.h"
 
 namespace aafkit::meta {

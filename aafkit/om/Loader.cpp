@@ -5,7 +5,7 @@
 
 #include "../io/ByteReader.h"
 #include "../File.h"
-#include "../Values.h"
+#include "Values.h"
 #include "../meta/Ids.h"
 #include "../meta/MetaDictionaryReader.h"
 #include "StorageNames.h"

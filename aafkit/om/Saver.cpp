@@ -6,7 +6,7 @@
 #include "../io/ByteWriter.h"
 #include "../File.h"
 #include "../NewFileBuilder.h"
-#include "../Values.h"
+#include "Values.h"
 #include "../cfb/CompoundFileWriter.h"
 #include "../meta/Ids.h"
 #include "../meta/MetaDictionaryWriter.h"

@@ -2,9 +2,9 @@
 
 #include <algorithm>
 
-#include "File.h"
-#include "ResultCodes.h"
-#include "om/SetKey.h"
+#include "../File.h"
+#include "../ResultCodes.h"
+#include "SetKey.h"
 
 namespace aafkit {
 

@@ -7,8 +7,8 @@
 #include <string>
 #include <vector>
 
-#include "AafTypes.h"
-#include "om/Object.h"
+#include "../AafTypes.h"
+#include "Object.h"
 
 namespace aafkit {
 
