@@ -17,7 +17,7 @@ using aafkit::Object;
 
 namespace {
 
-aafkit::File& fileOf(AafWriterContext* context) { return context->header->file(); }
+aafkit::File& fileOf(AafWriterContext* context) { return aafkit::fileOf(*context->header); }
 
 const aafUID_t& trackDataDef(const Track& track) {
     return track.isVideo ? kAAFDataDef_Picture : kAAFDataDef_Sound;

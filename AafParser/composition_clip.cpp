@@ -27,7 +27,7 @@ AAFRESULT GetSourceReference(const Object& clip, aafSourceRef_t& out) {
 }
 
 AAFRESULT ResolveRef(const Object& clip, const aafSourceRef_t& reference, Object*& mob) {
-    mob = clip.file().lookupMob(reference.sourceID);
+    mob = aafkit::fileOf(clip).lookupMob(reference.sourceID);
     return mob ? AAFRESULT_SUCCESS : AAFRESULT_MOB_NOT_FOUND;
 }
 

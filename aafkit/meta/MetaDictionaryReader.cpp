@@ -1,7 +1,7 @@
 #include "MetaDictionaryReader.h"
 
-#include "../File.h"
 #include "../ResultCodes.h"
+#include "../om/Object.h"
 #include "../om/Values.h"
 #include "Ids.h"
 
