@@ -8,7 +8,7 @@
 #include "aafkit/Dictionary.h"
 #include "aafkit/ResultCodes.h"
 #include "aafkit/Saturating.h"
-#include "aafkit/Values.h"
+#include "aafkit/om/Values.h"
 #include "aafkit/meta/Ids.h"
 #include "context.h"
 
@@ -35,7 +35,7 @@ const uint8_t Avid_AIFC_Summary[74] = {
     'N', 'O', 'N', 'E', 0x0E, 'N', 'o', 't', ' ', 'C', 'o', 'm', 'p', 'r', 'e', 's', 's', 'e', 'd', 0x00,
     'S', 'S', 'N', 'D', 0x01, 0x13, 0x23, 0x2C, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00};
 
-aafkit::File& fileOf(AafWriterContext* context) { return context->header->file(); }
+aafkit::File& fileOf(AafWriterContext* context) { return aafkit::fileOf(*context->header); }
 
 const aafUID_t& dataDefOf(const ClipTrack& track) {
     return track.kind == kClipTrackPicture ? kAAFDataDef_Picture : kAAFDataDef_Sound;

@@ -4,7 +4,7 @@
 #include "aafkit/Builders.h"
 #include "aafkit/Checked.h"
 #include "aafkit/ResultCodes.h"
-#include "aafkit/Values.h"
+#include "aafkit/om/Values.h"
 #include "aafkit/meta/Ids.h"
 #include "context.h"
 
@@ -12,7 +12,7 @@ using aafkit::Object;
 
 AAFRESULT writeSubClip(Clip& subClip, AafWriterContext* context) {
     if (!context) return AAFRESULT_NULL_PARAM;
-    aafkit::File& file = context->header->file();
+    aafkit::File& file = aafkit::fileOf(*context->header);
     Object& mob = aafkit::createMob(file, AUID_AAFCompositionMob);
     aafkit::setString(mob, PID_Mob_Name, subClip.name);
     aafkit::setAuid(mob, PID_Mob_UsageCode, kAAFUsage_SubClip);

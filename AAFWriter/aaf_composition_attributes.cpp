@@ -6,7 +6,7 @@
 #include "aafkit/Builders.h"
 #include "aafkit/Dictionary.h"
 #include "aafkit/ResultCodes.h"
-#include "aafkit/Values.h"
+#include "aafkit/om/Values.h"
 #include "aafkit/meta/Ids.h"
 #include "aafkit/meta/MetaModel.h"
 #include "context.h"
@@ -53,7 +53,7 @@ const aafkit::meta::PropertyDef* registerAttributeList(aafkit::File& file) {
 // Always two attributes, replacing any list the object had.
 AAFRESULT createTaggedValueVA(const aafkit::meta::PropertyDef& property, const wchar_t* const* names,
                               const int32_t* values, Object& object) {
-    aafkit::File& file = object.file();
+    aafkit::File& file = aafkit::fileOf(object);
     std::vector<Object*> attributes;
     for (int i = 0; i < 2; ++i) {
         Object* attribute = file.create(AUID_AAFTaggedValue);
@@ -81,7 +81,7 @@ AAFRESULT createTaggedValueVA(const aafkit::meta::PropertyDef& property, const w
 }  // namespace
 
 void addSpeedAttributes(Object& wrappingSequence, Object& operationGroup, double speed, AafWriterContext* context) {
-    const aafkit::meta::PropertyDef* property = registerAttributeList(operationGroup.file());
+    const aafkit::meta::PropertyDef* property = registerAttributeList(aafkit::fileOf(operationGroup));
     if (!property) {
         REPORT_ERROR(AAFRESULT_TYPE_NOT_FOUND);
         return;

@@ -8,7 +8,7 @@
 #include "aafkit/Checked.h"
 #include "aafkit/Dictionary.h"
 #include "aafkit/ResultCodes.h"
-#include "aafkit/Values.h"
+#include "aafkit/om/Values.h"
 #include "aafkit/meta/EditorIds.h"
 #include "aafkit/meta/Ids.h"
 #include "context.h"
@@ -39,7 +39,7 @@ const aafUID_t kVValFieldCountPropertyID = {0x2902558b, 0xacfa, 0x439e,
                                             {0xa1, 0xcd, 0x9f, 0xa1, 0xe8, 0xf8, 0x91, 0xef}};
 const int16_t kVValFieldCountPropValue = 2;
 
-aafkit::File& fileOf(AafWriterContext* context) { return context->header->file(); }
+aafkit::File& fileOf(AafWriterContext* context) { return aafkit::fileOf(*context->header); }
 
 bool isSpeedEffect(uint32_t effectType) { return effectType == kEffectSpeed || effectType == kEffectSpeedAlternate; }
 
@@ -176,7 +176,7 @@ Object& linearInterpolation(aafkit::File& file) {
 }
 
 void addOpacityProperties(Object& varyingValue) {
-    aafkit::File& file = varyingValue.file();
+    aafkit::File& file = aafkit::fileOf(varyingValue);
     const auto* extrapolation = aafkit::registerOptionalProperty(
         file, AUID_AAFVaryingValue, kVValExtrapolationPropertyID, "VVal_Extrapolation", kAAFTypeID_AUID);
     if (!extrapolation) {

@@ -5,7 +5,7 @@
 #include "aafkit/Builders.h"
 #include "aafkit/Checked.h"
 #include "aafkit/ResultCodes.h"
-#include "aafkit/Values.h"
+#include "aafkit/om/Values.h"
 #include "aafkit/meta/Ids.h"
 #include "context.h"
 #include "model/Effect.h"
@@ -17,7 +17,7 @@ using aafkit::Object;
 
 namespace {
 
-aafkit::File& fileOf(AafWriterContext* context) { return context->header->file(); }
+aafkit::File& fileOf(AafWriterContext* context) { return aafkit::fileOf(*context->header); }
 
 const aafUID_t& trackDataDef(const Track& track) {
     return track.isVideo ? kAAFDataDef_Picture : kAAFDataDef_Sound;

@@ -8,7 +8,7 @@
 #include "aafkit/Checked.h"
 #include "aafkit/File.h"
 #include "aafkit/ResultCodes.h"
-#include "aafkit/Values.h"
+#include "aafkit/om/Values.h"
 #include "context.h"
 
 namespace {

@@ -5,7 +5,7 @@
 #include <string>
 
 #include "aafkit/ResultCodes.h"
-#include "aafkit/Values.h"
+#include "aafkit/om/Values.h"
 #include "aafkit/Mobs.h"
 #include "aafkit/meta/Ids.h"
 
@@ -67,7 +67,7 @@ int mobId2String(wchar_t* buffer, const aafMobID_t& mobId, size_t size) {
 
 AAFRESULT requiredProperty(AAFRESULT result, const aafkit::Object& object, uint16_t pid) {
     if (result != AAFRESULT_PROP_NOT_PRESENT) return result;
-    const aafkit::meta::PropertyDef* property = object.file().model().findProperty(pid);
+    const aafkit::meta::PropertyDef* property = object.store().model().findProperty(pid);
     return property && !property->optional ? AAFRESULT_SUCCESS : result;
 }
 

@@ -5,7 +5,7 @@
 #include "aaf_basic.h"
 #include "aafkit/Mobs.h"
 #include "aafkit/ResultCodes.h"
-#include "aafkit/Values.h"
+#include "aafkit/om/Values.h"
 #include "aafkit/meta/Ids.h"
 #include "essences.h"
 
@@ -38,7 +38,7 @@ AAFRESULT resolveSourceMob(const Object& clip, Object*& mob) {
     aafMobID_t sourceId = {};
     AAFRESULT result = aafkit::getMobId(clip, PID_SourceReference_SourceID, sourceId);
     if (result != AAFRESULT_SUCCESS) return result;
-    mob = clip.file().lookupMob(sourceId);
+    mob = aafkit::fileOf(clip).lookupMob(sourceId);
     return mob ? AAFRESULT_SUCCESS : AAFRESULT_MOB_NOT_FOUND;
 }
 

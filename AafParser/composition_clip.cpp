@@ -3,7 +3,7 @@
 #include "aafkit/File.h"
 #include "aafkit/Mobs.h"
 #include "aafkit/ResultCodes.h"
-#include "aafkit/Values.h"
+#include "aafkit/om/Values.h"
 #include "aafkit/meta/Ids.h"
 #include "composition.h"
 #include "model/TrackClip.h"
@@ -27,7 +27,7 @@ AAFRESULT GetSourceReference(const Object& clip, aafSourceRef_t& out) {
 }
 
 AAFRESULT ResolveRef(const Object& clip, const aafSourceRef_t& reference, Object*& mob) {
-    mob = clip.file().lookupMob(reference.sourceID);
+    mob = aafkit::fileOf(clip).lookupMob(reference.sourceID);
     return mob ? AAFRESULT_SUCCESS : AAFRESULT_MOB_NOT_FOUND;
 }
 

@@ -1,7 +1,7 @@
 #include <memory>
 
 #include "aafkit/ResultCodes.h"
-#include "aafkit/Values.h"
+#include "aafkit/om/Values.h"
 #include "aafkit/meta/EditorIds.h"
 #include "aafkit/meta/Ids.h"
 #include "composition.h"

@@ -4,7 +4,7 @@
 #include "aafbridge/aaf_writer.h"
 #include "aafkit/Dictionary.h"
 #include "aafkit/ResultCodes.h"
-#include "aafkit/Values.h"
+#include "aafkit/om/Values.h"
 #include "aafkit/meta/EditorIds.h"
 #include "aafkit/meta/Ids.h"
 #include "composition.h"
@@ -32,7 +32,7 @@ AAFRESULT parameterDefinitionId(const Object& parameter, aafUID_t& id) {
                                         parameter, PID_Parameter_Definition);
     Object* definition = nullptr;
     if (AAF_FAILED(result) ||
-        AAF_FAILED(result = aafkit::lookupDefinition(parameter.file(), PID_Dictionary_ParameterDefinitions,
+        AAF_FAILED(result = aafkit::lookupDefinition(aafkit::fileOf(parameter), PID_Dictionary_ParameterDefinitions,
                                                      definitionId, definition)) ||
         AAF_FAILED(result = aafkit::getAuid(*definition, PID_DefinitionObject_Identification, id)))
         return result;
@@ -47,7 +47,7 @@ AAFRESULT valueBufLen(const Object& holder, uint16_t pid, size_t& size) {
     AAFRESULT result = aafkit::getIndirectType(holder, pid, typeId);
     if (result == AAFRESULT_SUCCESS) result = aafkit::getIndirectValue(holder, pid, value);
     if (result != AAFRESULT_SUCCESS) return result;
-    const aafkit::meta::TypeDef* type = holder.file().model().findType(typeId);
+    const aafkit::meta::TypeDef* type = holder.store().model().findType(typeId);
     if (!type) return AAFRESULT_TYPE_NOT_FOUND;
     const bool isString = type->kind == aafkit::meta::TypeKind::String;
     size = isString ? value.size() / 2 * sizeof(wchar_t) : value.size();

@@ -4,7 +4,7 @@
 
 #include "aaf_basic.h"
 #include "aafkit/ResultCodes.h"
-#include "aafkit/Values.h"
+#include "aafkit/om/Values.h"
 #include "aafkit/meta/Ids.h"
 
 namespace {

@@ -4,7 +4,7 @@
 #include <cstring>
 #include <string>
 
-#include "ByteReader.h"
+#include "io/ByteReader.h"
 
 namespace aafkit {
 

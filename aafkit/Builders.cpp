@@ -10,7 +10,7 @@
 #include "NewFileBuilder.h"
 #include "ResultCodes.h"
 #include "Saturating.h"
-#include "Values.h"
+#include "om/Values.h"
 #include "meta/Ids.h"
 
 namespace aafkit {
@@ -157,7 +157,7 @@ Object& createEventSlot(File& file, const aafRational_t& editRate) {
 
 void setDataDefinition(Object& component, const aafUID_t& dataDef) {
     Object* definition = nullptr;
-    check(lookupDefinition(component.file(), PID_Dictionary_DataDefinitions, dataDef, definition));
+    check(lookupDefinition(fileOf(component), PID_Dictionary_DataDefinitions, dataDef, definition));
     check(setReference(component, PID_Component_DataDefinition, *definition));
 }
 
@@ -238,7 +238,7 @@ void appendComponent(Object& sequence, Object& component) {
 }
 
 void appendComment(Object& component, const std::wstring& name, const std::wstring& value) {
-    Object& comment = createObject(component.file(), AUID_AAFTaggedValue);
+    Object& comment = createObject(fileOf(component), AUID_AAFTaggedValue);
     setString(comment, PID_TaggedValue_Name, name);
     std::vector<uint8_t> text = wideToUtf16(value);
     setIndirect(comment, PID_TaggedValue_Value, kAAFTypeID_String, text.data(), text.size());

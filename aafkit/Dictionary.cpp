@@ -2,7 +2,7 @@
 
 #include "Checked.h"
 #include "ResultCodes.h"
-#include "Values.h"
+#include "om/Values.h"
 #include "meta/Ids.h"
 
 namespace aafkit {
@@ -10,7 +10,7 @@ namespace aafkit {
 namespace {
 
 void setMetaReference(Object& o, uint16_t pid, uint16_t metaSetPid, const aafUID_t& id) {
-    o.ensure(pid, StoredForm::WeakRef).setWeakReference(o.file().metaReference(metaSetPid, id));
+    o.ensure(pid, StoredForm::WeakRef).setWeakReference(o.store().metaReference(metaSetPid, id));
 }
 
 }  // namespace
@@ -62,7 +62,7 @@ Object& newDefinition(File& file, const aafUID_t& classId, const aafUID_t& id, c
 
 AAFRESULT addWeakReference(Object& o, uint16_t pid, StoredForm form, const Object& target) {
     WeakReference reference;
-    if (!o.file().referenceTo(target, reference)) return AAFRESULT_INVALID_PARAM;
+    if (!o.store().referenceTo(target, reference)) return AAFRESULT_INVALID_PARAM;
     Property& p = o.ensure(pid, form);
     if (form == StoredForm::WeakRefSet)
         for (const WeakReference& existing : p.weak())

@@ -8,7 +8,7 @@
 #include "Checked.h"
 #include "Dictionary.h"
 #include "ResultCodes.h"
-#include "Values.h"
+#include "om/Values.h"
 #include "meta/BaselineModel.h"
 #include "meta/Ids.h"
 

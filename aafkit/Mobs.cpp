@@ -1,7 +1,7 @@
 #include "Mobs.h"
 
 #include "ResultCodes.h"
-#include "Values.h"
+#include "om/Values.h"
 #include "meta/Ids.h"
 
 namespace aafkit {

@@ -5,7 +5,7 @@
 #include <ctime>
 #include <random>
 
-#include "Values.h"
+#include "om/Values.h"
 #include "meta/BaselineModel.h"
 #include "meta/Ids.h"
 
@@ -109,9 +109,9 @@ aafUID_t newAuid() {
 
 void NewFileBuilder::build(File& file, const ProductIdentification& identification) {
     file.ownsMetaDictionary_ = true;
-    file.root_ = file.newObject(meta::kRootClassId, file.model().findClass(meta::kRootClassId));
+    file.setRoot(file.newObject(meta::kRootClassId, file.model().findClass(meta::kRootClassId)));
     Object& header = *file.create(AUID_AAFHeader);
-    setObject(*file.root_, meta::kRootHeaderPid, header);
+    setObject(*file.root(), meta::kRootHeaderPid, header);
     setInt16(header, PID_Header_ByteOrder, 0x4949);
     setTimeStamp(header, PID_Header_LastModified, nowTimeStamp());
     Object& content = *file.create(AUID_AAFContentStorage);

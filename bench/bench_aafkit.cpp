@@ -7,7 +7,7 @@
 
 #include "BenchSamples.h"
 #include "aafkit/File.h"
-#include "aafkit/Values.h"
+#include "aafkit/om/Values.h"
 #include "aafkit/meta/Ids.h"
 
 namespace {

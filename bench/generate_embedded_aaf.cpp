@@ -12,7 +12,7 @@
 #include "aafbridge/aaf_writer.h"
 #include "aafkit/Essence.h"
 #include "aafkit/File.h"
-#include "aafkit/Values.h"
+#include "aafkit/om/Values.h"
 #include "aafkit/meta/Ids.h"
 #include "tests/support/PatternStream.h"
 

@@ -1,5 +1,7 @@
 #include "aafkit/cfb/ChildIndex.h"
 
+#include <cstring>
+
 namespace aafkit::cfb {
 
 void ChildIndex::reset(size_t count) {
@@ -20,12 +22,24 @@ void ChildIndex::release() {
     mask_ = 0;
 }
 
-// FNV-1a over the parent's id and the name, folded to the table's size.
+// The parent's id and the name mixed eight bytes at a time (the order of the
+// bytes in a word does not matter: the table lives in one process).
 size_t ChildIndex::slotFor(uint32_t parent, std::string_view name) const {
-    uint64_t hash = 0xcbf29ce484222325ull;
-    const auto mix = [&hash](uint8_t byte) { hash = (hash ^ byte) * 0x100000001b3ull; };
-    for (int shift = 0; shift < 32; shift += 8) mix(uint8_t(parent >> shift));
-    for (char c : name) mix(uint8_t(c));
+    constexpr uint64_t kMultiplier = 0x9e3779b97f4a7c15ull;
+    uint64_t hash = (parent + name.size()) * kMultiplier;
+    const auto mix = [&hash](uint64_t word) {
+        hash = (hash ^ word) * kMultiplier;
+        hash ^= hash >> 29;
+    };
+    size_t at = 0;
+    for (; at + 8 <= name.size(); at += 8) {
+        uint64_t word = 0;
+        std::memcpy(&word, name.data() + at, 8);
+        mix(word);
+    }
+    uint64_t tail = 0;
+    std::memcpy(&tail, name.data() + at, name.size() - at);
+    mix(tail);
     return size_t(hash ^ (hash >> 32)) & mask_;
 }
 

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cstring>
 
-#include "aafkit/ByteReader.h"
+#include "aafkit/io/ByteReader.h"
 #include "aafkit/cfb/ClassIdTable.h"
 #include "aafkit/cfb/CompoundFileFormat.h"
 #include "aafkit/cfb/EntryName.h"

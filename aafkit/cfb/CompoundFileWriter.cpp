@@ -4,7 +4,7 @@
 #include <cstdio>
 #include <cstring>
 
-#include "aafkit/ByteWriter.h"
+#include "aafkit/io/ByteWriter.h"
 #include "aafkit/cfb/CompoundFileFormat.h"
 #include "aafkit/cfb/DirectoryTree.h"
 #include "aafkit/cfb/EntryName.h"

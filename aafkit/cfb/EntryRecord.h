@@ -2,8 +2,8 @@
 // One 128-byte directory entry exactly as stored, field by field.
 #include <cstdint>
 
-#include "aafkit/ByteReader.h"
-#include "aafkit/ByteWriter.h"
+#include "aafkit/io/ByteReader.h"
+#include "aafkit/io/ByteWriter.h"
 #include "aafkit/cfb/CompoundFileFormat.h"
 
 namespace aafkit::cfb {

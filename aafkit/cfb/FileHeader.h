@@ -2,8 +2,8 @@
 // The 512-byte header at the start of a compound file, field by field.
 #include <cstdint>
 
-#include "aafkit/ByteReader.h"
-#include "aafkit/ByteWriter.h"
+#include "aafkit/io/ByteReader.h"
+#include "aafkit/io/ByteWriter.h"
 #include "aafkit/cfb/CompoundFileFormat.h"
 
 namespace aafkit::cfb {

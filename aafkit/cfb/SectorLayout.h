@@ -5,7 +5,7 @@
 #include <cstdint>
 #include <vector>
 
-#include "aafkit/ByteWriter.h"
+#include "aafkit/io/ByteWriter.h"
 #include "aafkit/Status.h"
 #include "aafkit/cfb/CompoundFileFormat.h"
 #include "aafkit/cfb/DirectoryEntry.h"

@@ -1,8 +1,8 @@
 #include "MetaDictionaryReader.h"
 
-#include "../File.h"
 #include "../ResultCodes.h"
-#include "../Values.h"
+#include "../om/Object.h"
+#include "../om/Values.h"
 #include "Ids.h"
 
 namespace aafkit::meta {

@@ -3,8 +3,8 @@
 #include <set>
 #include <unordered_set>
 
-#include "../File.h"
-#include "../Values.h"
+#include "../om/ObjectStore.h"
+#include "../om/Values.h"
 #include "Ids.h"
 
 namespace aafkit::meta {
@@ -26,7 +26,7 @@ bool usesElement(TypeKind kind) {
 
 class MetaDictionaryWriter {
 public:
-    explicit MetaDictionaryWriter(File& file) : file_(file), model_(file.model()) {}
+    explicit MetaDictionaryWriter(ObjectStore& store) : store_(store), model_(store.model()) {}
     void write();
 
 private:
@@ -38,7 +38,7 @@ private:
     void setMetaReferences(Object& o, uint16_t pid, uint16_t setPid, const std::vector<aafUID_t>& targets);
     Object& newDefinition(const aafUID_t& classId, const aafUID_t& id, const std::string& name);
 
-    File& file_;
+    ObjectStore& store_;
     const MetaModel& model_;
     std::vector<const ClassDef*> classes_;
     std::set<std::string> classKeys_;
@@ -65,7 +65,7 @@ void MetaDictionaryWriter::collectClasses() {
         if (!row.extension) addWithAncestors(model_.findClass(row.id));
     for (const ClassDef* cls : model_.addedClasses()) addWithAncestors(cls);
     std::unordered_set<const ClassDef*> inUse;
-    for (size_t i = 0; i < file_.objectCount(); ++i) inUse.insert(file_.objectAt(i).classDef());
+    for (size_t i = 0; i < store_.objectCount(); ++i) inUse.insert(store_.objectAt(i).classDef());
     for (const ClassDef* cls : inUse) addWithAncestors(cls);
     for (const BaselineType& row : baselineTypes())
         if (!row.extension) collectType(row.id);
@@ -76,20 +76,20 @@ void MetaDictionaryWriter::collectClasses() {
 }
 
 Object& MetaDictionaryWriter::newDefinition(const aafUID_t& classId, const aafUID_t& id, const std::string& name) {
-    Object& o = *file_.create(classId);
+    Object& o = *store_.create(classId);
     setAuid(o, PID_MetaDefinition_Identification, id);
     setString(o, PID_MetaDefinition_Name, wide(name));
     return o;
 }
 
 void MetaDictionaryWriter::setMetaReference(Object& o, uint16_t pid, uint16_t setPid, const aafUID_t& target) {
-    o.ensure(pid, StoredForm::WeakRef).setWeakReference(file_.metaReference(setPid, target));
+    o.ensure(pid, StoredForm::WeakRef).setWeakReference(store_.metaReference(setPid, target));
 }
 
 void MetaDictionaryWriter::setMetaReferences(Object& o, uint16_t pid, uint16_t setPid,
                                              const std::vector<aafUID_t>& targets) {
     Property& p = o.ensure(pid, StoredForm::WeakRefVector);
-    for (const aafUID_t& target : targets) p.weak().push_back(file_.metaReference(setPid, target));
+    for (const aafUID_t& target : targets) p.weak().push_back(store_.metaReference(setPid, target));
 }
 
 void MetaDictionaryWriter::writeClass(Object& dictionary, const ClassDef& cls) {
@@ -205,8 +205,8 @@ void MetaDictionaryWriter::writeType(Object& dictionary, const TypeDef& type) {
 
 void MetaDictionaryWriter::write() {
     collectClasses();
-    Object& dictionary = *file_.create(AUID_AAFMetaDictionary);
-    Object& root = *file_.root();
+    Object& dictionary = *store_.create(AUID_AAFMetaDictionary);
+    Object& root = *store_.root();
     root.remove(kRootMetaDictionaryPid);
     setObject(root, kRootMetaDictionaryPid, dictionary);
     for (const ClassDef* cls : classes_) writeClass(dictionary, *cls);
@@ -215,6 +215,6 @@ void MetaDictionaryWriter::write() {
 
 }  // namespace
 
-void writeMetaDictionary(File& file) { MetaDictionaryWriter(file).write(); }
+void writeMetaDictionary(ObjectStore& store) { MetaDictionaryWriter(store).write(); }
 
 }  // namespace aafkit::meta

@@ -3,13 +3,13 @@
 #include <algorithm>
 #include <string>
 
-#include "../ByteReader.h"
-#include "../File.h"
-#include "../Values.h"
+#include "../io/ByteReader.h"
 #include "../meta/Ids.h"
 #include "../meta/MetaDictionaryReader.h"
+#include "ObjectStore.h"
 #include "StorageNames.h"
 #include "StoredStream.h"
+#include "Values.h"
 
 namespace aafkit {
 
@@ -23,7 +23,7 @@ constexpr int kMaxDepth = 1000;
 // nesting in a file can exhaust the stack: making an object queues its storage.
 class ObjectLoader {
 public:
-    ObjectLoader(const cfb::CompoundFileReader& cfb, File& file) : cfb_(cfb), file_(file) {}
+    ObjectLoader(const cfb::CompoundFileReader& cfb, ObjectStore& store) : cfb_(cfb), store_(store) {}
 
     // Loads the object's properties (only those in `onlyPids` when given), then everything they reach.
     Status loadTree(const cfb::DirectoryEntry& storage, Object& object, const std::vector<uint16_t>* onlyPids);
@@ -50,7 +50,7 @@ private:
     const meta::ClassDef* classOf(const cfb::DirectoryEntry& storage);
 
     const cfb::CompoundFileReader& cfb_;
-    File& file_;
+    ObjectStore& store_;
     std::vector<Object*> created_;
     std::vector<Pending> pending_;
     std::vector<uint8_t> properties_;  // reused: one object's stream is done before the next is read
@@ -154,7 +154,7 @@ bool ObjectLoader::readWeak(ByteReader& in, WeakReference& out) {
     uint8_t keySize = 0;
     const uint8_t* key = nullptr;
     if (!in.u16(tag) || !in.u16(out.keyPid) || !in.u8(keySize) || !in.bytes(keySize, key) ||
-        tag >= file_.paths().size())
+        tag >= store_.paths().size())
         return false;
     out.pathId = tag;
     out.key.assign(key, key + keySize);
@@ -164,7 +164,7 @@ bool ObjectLoader::readWeak(ByteReader& in, WeakReference& out) {
 const meta::ClassDef* ObjectLoader::classOf(const cfb::DirectoryEntry& storage) {
     if (storage.clsidIndex >= classes_.size()) classes_.resize(storage.clsidIndex + 1);
     auto& known = classes_[storage.clsidIndex];
-    if (!known.first) known = {true, file_.model().findClass(decodeAuid(cfb_.clsid(storage)))};
+    if (!known.first) known = {true, store_.model().findClass(decodeAuid(cfb_.clsid(storage)))};
     return known.second;
 }
 
@@ -174,7 +174,7 @@ Status ObjectLoader::addChild(const Pending& item, const std::string& name, Prop
     if (!child || child->type != cfb::EntryType::Storage)
         return Status::error("missing storage \"" + name + "\" in \"" + nameOf(*item.storage) + "\"");
     if (item.depth >= kMaxDepth) return Status::error("objects nested too deeply at \"" + name + "\"");
-    out = file_.newObject(decodeAuid(cfb_.clsid(*child)), classOf(*child));
+    out = store_.newObject(decodeAuid(cfb_.clsid(*child)), classOf(*child));
     out->attach(item.object, p.pid);
     created_.push_back(out);
     pending_.push_back({child, out, item.depth + 1});
@@ -237,7 +237,7 @@ Status ObjectLoader::loadWeakCollection(const cfb::DirectoryEntry& storage, Prop
     if (!in.u32(count) || !in.u16(tag) || !in.u16(keyPid) || !in.u8(keySize) ||
         (keySize && count > in.remaining() / keySize))
         return Status::error("malformed weak index " + where);
-    if (tag >= file_.paths().size() && count) return Status::error("weak reference tag out of range in " + where);
+    if (tag >= store_.paths().size() && count) return Status::error("weak reference tag out of range in " + where);
     for (uint32_t i = 0; i < count; ++i) {
         const uint8_t* key = nullptr;
         if (!in.bytes(keySize, key)) return Status::error("truncated weak index " + where);
@@ -246,7 +246,7 @@ Status ObjectLoader::loadWeakCollection(const cfb::DirectoryEntry& storage, Prop
     return Status();
 }
 
-Status readPathTable(const cfb::CompoundFileReader& cfb, File& file) {
+Status readPathTable(const cfb::CompoundFileReader& cfb, ObjectStore& store) {
     const cfb::DirectoryEntry* stream = cfb.child(cfb.root(), "referenced properties");
     if (!stream) return Status();  // a file without weak references
     std::vector<uint8_t> bytes;
@@ -263,31 +263,31 @@ Status readPathTable(const cfb::CompoundFileReader& cfb, File& file) {
             if (!in.u16(pid)) return Status::error("truncated referenced properties table");
             if (pid) path.push_back(pid);
         }
-        file.internPath(path);
+        store.internPath(path);
     }
     return Status();
 }
 
 }  // namespace
 
-Status Loader::load(const cfb::CompoundFileReader& cfb, File& file) {
-    if (Status s = readPathTable(cfb, file); !s) return s;
-    ObjectLoader loader(cfb, file);
+Status Loader::load(const cfb::CompoundFileReader& cfb, ObjectStore& store) {
+    if (Status s = readPathTable(cfb, store); !s) return s;
+    ObjectLoader loader(cfb, store);
     const cfb::DirectoryEntry& rootEntry = cfb.root();
     const aafUID_t rootClass = decodeAuid(cfb.clsid(rootEntry));
-    Object* root = file.newObject(rootClass, file.model().findClass(rootClass));
-    file.root_ = root;
+    Object* root = store.newObject(rootClass, store.model().findClass(rootClass));
+    store.setRoot(root);
     // The MetaDictionary declares what the rest of the file needs to be understood.
     const std::vector<uint16_t> metaOnly{meta::kRootMetaDictionaryPid};
     if (Status s = loader.loadTree(rootEntry, *root, &metaOnly); !s) return s;
-    if (Object* metaDictionary = file.metaDictionary())
-        if (Status s = readMetaDictionary(*metaDictionary, file.model()); !s) return s;
+    if (Object* metaDictionary = strongChild(root, meta::kRootMetaDictionaryPid))
+        if (Status s = readMetaDictionary(*metaDictionary, store.model()); !s) return s;
     // Objects made before the declarations were known get their classes now.
     loader.modelChanged();
-    for (Object* object : loader.created()) object->setClassDef(file.model().findClass(object->classId()));
+    for (Object* object : loader.created()) object->setClassDef(store.model().findClass(object->classId()));
     const std::vector<uint16_t> rest{meta::kRootHeaderPid};
     if (Status s = loader.loadTree(rootEntry, *root, &rest); !s) return s;
-    if (!file.header()) return Status::error("the file has no Header object");
+    if (!strongChild(root, meta::kRootHeaderPid)) return Status::error("the file has no Header object");
     return Status();
 }
 

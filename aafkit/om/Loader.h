@@ -6,11 +6,11 @@
 
 namespace aafkit {
 
-class File;
+class ObjectStore;
 
 class Loader {
 public:
-    static Status load(const cfb::CompoundFileReader& storage, File& file);
+    static Status load(const cfb::CompoundFileReader& storage, ObjectStore& store);
 };
 
 }  // namespace aafkit

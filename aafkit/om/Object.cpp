@@ -2,14 +2,14 @@
 
 #include <algorithm>
 
-#include "../File.h"
+#include "ObjectStore.h"
 
 namespace aafkit {
 
 
 bool Object::isA(const aafUID_t& baseClassId) const {
     if (!classDef_) return false;
-    const meta::ClassDef* base = file_->model().findClass(baseClassId);
+    const meta::ClassDef* base = store_->model().findClass(baseClassId);
     return base && classDef_->isA(base);
 }
 

@@ -1,5 +1,5 @@
 #pragma once
-// An AAF object: its class and its properties. Objects are owned by their File;
+// An AAF object: its class and its properties. Objects are owned by their store;
 // everything else holds plain pointers valid until the file is closed.
 #include <cstdint>
 #include <vector>
@@ -9,17 +9,17 @@
 
 namespace aafkit {
 
-class File;
+class ObjectStore;
 namespace meta {
 struct ClassDef;
 }
 
 class Object {
 public:
-    Object(File& file, const aafUID_t& classId, const meta::ClassDef* classDef)
-        : file_(&file), classId_(classId), classDef_(classDef) {}
+    Object(ObjectStore& store, const aafUID_t& classId, const meta::ClassDef* classDef)
+        : store_(&store), classId_(classId), classDef_(classDef) {}
 
-    File& file() const { return *file_; }
+    ObjectStore& store() const { return *store_; }
     // The class the object was stored or created as (may be an extension class).
     const aafUID_t& classId() const { return classId_; }
     // Its definition; null only for a class neither built in nor declared in the file.
@@ -45,7 +45,7 @@ public:
     }
 
 private:
-    File* file_;
+    ObjectStore* store_;
     aafUID_t classId_;
     const meta::ClassDef* classDef_;
     std::vector<Property> properties_;

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "../ByteReader.h"
+#include "../io/ByteReader.h"
 
 namespace aafkit {
 

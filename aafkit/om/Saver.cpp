@@ -3,15 +3,13 @@
 #include <unordered_map>
 
 
-#include "../ByteWriter.h"
-#include "../File.h"
-#include "../NewFileBuilder.h"
-#include "../Values.h"
 #include "../cfb/CompoundFileWriter.h"
+#include "../io/ByteWriter.h"
 #include "../meta/Ids.h"
-#include "../meta/MetaDictionaryWriter.h"
+#include "ObjectStore.h"
 #include "SetKey.h"
 #include "StorageNames.h"
+#include "Values.h"
 
 namespace aafkit {
 
@@ -27,7 +25,7 @@ constexpr uint8_t kStreamByteOrder = 0x55;  // "unspecified", as every writer st
 // nesting depth can exhaust the stack.
 class ObjectSaver {
 public:
-    ObjectSaver(const File& file, cfb::CompoundFileWriter& out) : file_(file), out_(out) {}
+    ObjectSaver(const ObjectStore& store, cfb::CompoundFileWriter& out) : store_(store), out_(out) {}
     Status saveTree(const Object& root, uint32_t storage);
 
 private:
@@ -44,7 +42,7 @@ private:
     std::string baseName(const Property& p, size_t maxLength);
     Status encodeStream(const Property& p, uint32_t storage, ByteWriter& w);
 
-    const File& file_;
+    const ObjectStore& store_;
     cfb::CompoundFileWriter& out_;
     std::vector<Pending> pending_;
     std::unordered_map<uint32_t, std::string> names_;  // mangled names by pid and length
@@ -69,7 +67,7 @@ std::string ObjectSaver::baseName(const Property& p, size_t maxLength) {
     if (!p.data.empty()) return storedName(p);  // as the file had it
     std::string& name = names_[uint32_t(p.pid) << 8 | uint32_t(maxLength)];
     if (name.empty()) {
-        const meta::PropertyDef* def = file_.model().findProperty(p.pid);
+        const meta::PropertyDef* def = store_.model().findProperty(p.pid);
         name = mangledName(def ? def->name : "Property", p.pid, maxLength);
     }
     return name;
@@ -207,46 +205,42 @@ Status ObjectSaver::saveProperties(const Object& object, uint32_t storage) {
     return Status();
 }
 
-std::vector<uint8_t> pathTable(const File& file) {
+std::vector<uint8_t> pathTable(const ObjectStore& store) {
     std::vector<uint8_t> bytes;
     ByteWriter w(bytes);
     uint32_t total = 0;
-    for (const auto& path : file.paths()) total += uint32_t(path.size() + 1);
+    for (const auto& path : store.paths()) total += uint32_t(path.size() + 1);
     w.u8(kLittleEndian);
-    w.u16(uint16_t(file.paths().size()));
+    w.u16(uint16_t(store.paths().size()));
     w.u32(total);
-    for (const auto& path : file.paths()) {
+    for (const auto& path : store.paths()) {
         for (uint16_t pid : path) w.u16(pid);
         w.u16(0);
     }
     return bytes;
 }
 
-Status build(File& file, cfb::CompoundFileWriter& out) {
-    if (file.createdNew()) {
-        setTimeStamp(*file.header(), PID_Header_LastModified, nowTimeStamp());
-        meta::writeMetaDictionary(file);
-    }
+Status build(const ObjectStore& store, cfb::CompoundFileWriter& out) {
     uint8_t rootClass[16];
-    encodeAuid(file.root()->classId(), rootClass);
+    encodeAuid(store.root()->classId(), rootClass);
     out.setClsid(cfb::CompoundFileWriter::kRoot, rootClass);
-    ObjectSaver saver(file, out);
-    if (Status s = saver.saveTree(*file.root(), cfb::CompoundFileWriter::kRoot); !s) return s;
-    out.addStream(cfb::CompoundFileWriter::kRoot, "referenced properties", pathTable(file));
+    ObjectSaver saver(store, out);
+    if (Status s = saver.saveTree(*store.root(), cfb::CompoundFileWriter::kRoot); !s) return s;
+    out.addStream(cfb::CompoundFileWriter::kRoot, "referenced properties", pathTable(store));
     return Status();
 }
 
 }  // namespace
 
-Status Saver::save(File& file, const std::string& path) {
+Status Saver::save(const ObjectStore& store, const std::string& path) {
     cfb::CompoundFileWriter out;
-    if (Status s = build(file, out); !s) return s;
+    if (Status s = build(store, out); !s) return s;
     return out.writeFile(path);
 }
 
-Status Saver::saveToBytes(File& file, std::vector<uint8_t>& bytes) {
+Status Saver::saveToBytes(const ObjectStore& store, std::vector<uint8_t>& bytes) {
     cfb::CompoundFileWriter out;
-    if (Status s = build(file, out); !s) return s;
+    if (Status s = build(store, out); !s) return s;
     return out.write(bytes);
 }
 

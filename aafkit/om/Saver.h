@@ -9,12 +9,12 @@
 
 namespace aafkit {
 
-class File;
+class ObjectStore;
 
 class Saver {
 public:
-    static Status save(File& file, const std::string& path);
-    static Status saveToBytes(File& file, std::vector<uint8_t>& out);
+    static Status save(const ObjectStore& store, const std::string& path);
+    static Status saveToBytes(const ObjectStore& store, std::vector<uint8_t>& out);
 };
 
 }  // namespace aafkit

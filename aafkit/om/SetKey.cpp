@@ -1,7 +1,7 @@
 #include "SetKey.h"
 
-#include "../File.h"
 #include "../meta/Ids.h"
+#include "../meta/MetaModel.h"
 
 namespace aafkit {
 

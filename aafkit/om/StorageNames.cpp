@@ -2,7 +2,7 @@
 
 #include <cctype>
 
-#include "../Values.h"
+#include "Values.h"
 #include "Property.h"
 
 namespace aafkit {

@@ -9,7 +9,7 @@
 #include "aafkit/Essence.h"
 #include "aafkit/Mobs.h"
 #include "aafkit/ResultCodes.h"
-#include "aafkit/Values.h"
+#include "aafkit/om/Values.h"
 #include "aafkit/meta/Ids.h"
 
 namespace {

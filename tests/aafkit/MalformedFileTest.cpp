@@ -7,7 +7,7 @@
 #include <random>
 
 #include "aafkit/File.h"
-#include "aafkit/Values.h"
+#include "aafkit/om/Values.h"
 #include "support/SampleFiles.h"
 
 namespace {

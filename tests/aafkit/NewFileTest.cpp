@@ -11,7 +11,7 @@
 #include "aafkit/File.h"
 #include "aafkit/NewFileBuilder.h"
 #include "aafkit/ResultCodes.h"
-#include "aafkit/Values.h"
+#include "aafkit/om/Values.h"
 #include "aafkit/meta/Ids.h"
 #include "support/TreeCheck.h"
 #include "support/TreeCompare.h"

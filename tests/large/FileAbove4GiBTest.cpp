@@ -5,7 +5,7 @@
 
 #include <filesystem>
 
-#include "aafkit/Values.h"
+#include "aafkit/om/Values.h"
 #include "aafkit/meta/Ids.h"
 #include "support/EssenceFile.h"
 #include "support/TreeCheck.h"

@@ -7,7 +7,7 @@
 #include <string>
 
 #include "aafbridge/aaf_reader.h"
-#include "aafkit/Values.h"
+#include "aafkit/om/Values.h"
 
 namespace readertest {
 

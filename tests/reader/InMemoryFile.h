@@ -10,7 +10,7 @@
 #include "AafParser/aaf_basic.h"
 #include "aafkit/Builders.h"
 #include "aafkit/Dictionary.h"
-#include "aafkit/Values.h"
+#include "aafkit/om/Values.h"
 #include "aafkit/meta/Ids.h"
 
 namespace readertest {

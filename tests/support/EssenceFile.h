@@ -9,7 +9,7 @@
 #include "aafkit/Builders.h"
 #include "aafkit/Essence.h"
 #include "aafkit/File.h"
-#include "aafkit/Values.h"
+#include "aafkit/om/Values.h"
 #include "aafkit/meta/Ids.h"
 #include "support/PatternStream.h"
 #include "support/SampleFiles.h"

@@ -13,7 +13,7 @@
 #include "aafkit/File.h"
 #include "aafkit/Mobs.h"
 #include "aafkit/ResultCodes.h"
-#include "aafkit/Values.h"
+#include "aafkit/om/Values.h"
 #include "aafkit/meta/Ids.h"
 #include "support/SampleFiles.h"
 

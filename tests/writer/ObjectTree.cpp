@@ -7,7 +7,7 @@
 #include <sstream>
 #include <vector>
 
-#include "aafkit/Values.h"
+#include "aafkit/om/Values.h"
 #include "aafkit/meta/Ids.h"
 #include "aafkit/meta/MetaModel.h"
 

@@ -4,7 +4,7 @@
 #include <vector>
 
 #include "aafbridge/aaf_writer.h"
-#include "aafkit/Values.h"
+#include "aafkit/om/Values.h"
 
 namespace {
 

@@ -6,7 +6,7 @@
 
 #include "aafkit/File.h"
 #include "aafkit/Mobs.h"
-#include "aafkit/Values.h"
+#include "aafkit/om/Values.h"
 #include "aafkit/meta/Ids.h"
 #include "aafbridge/aaf_writer.h"
 

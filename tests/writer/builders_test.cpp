@@ -5,7 +5,7 @@
 #include "aafkit/Builders.h"
 #include "aafkit/Checked.h"
 #include "aafkit/ResultCodes.h"
-#include "aafkit/Values.h"
+#include "aafkit/om/Values.h"
 #include "aafkit/meta/Ids.h"
 
 namespace {

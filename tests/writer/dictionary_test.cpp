@@ -3,7 +3,7 @@
 #include <memory>
 
 #include "aafkit/Dictionary.h"
-#include "aafkit/Values.h"
+#include "aafkit/om/Values.h"
 #include "aafkit/meta/Ids.h"
 
 namespace {

@@ -1,9 +1,9 @@
 #include "AudioFile.h"
 
-#include <sndfile.h>
-
 #include <algorithm>
 #include <cstring>
+
+#include "SndfileLibrary.h"
 
 namespace {
 
@@ -38,25 +38,27 @@ int subtypeOfBits(int bits) {
     }
 }
 
-std::string formatName(int format) {
+std::string formatName(const SndfileLibrary& sndfile, int format) {
     SF_FORMAT_INFO info = {};
     info.format = format;
-    return sf_command(nullptr, SFC_GET_FORMAT_INFO, &info, sizeof info) == 0 && info.name ? info.name : "unknown";
+    return sndfile.command(nullptr, SFC_GET_FORMAT_INFO, &info, sizeof info) == 0 && info.name ? info.name : "unknown";
 }
 
 }  // namespace
 
 aafkit::Status probeAudioFile(const std::string& path, AudioFileInfo& out) {
+    const SndfileLibrary* sndfile = nullptr;
+    if (aafkit::Status s = loadSndfile(sndfile); !s) return s;
     SF_INFO info = {};
-    SNDFILE* file = sf_open(path.c_str(), SFM_READ, &info);
-    if (!file) return aafkit::Status::error(path + ": " + sf_strerror(nullptr));
-    sf_close(file);
+    SNDFILE* file = sndfile->open(path.c_str(), SFM_READ, &info);
+    if (!file) return aafkit::Status::error(path + ": " + sndfile->strerror(nullptr));
+    sndfile->close(file);
     const int major = info.format & SF_FORMAT_TYPEMASK;
     const int subtype = info.format & SF_FORMAT_SUBMASK;
     if (major != SF_FORMAT_WAV && major != SF_FORMAT_WAVEX && major != SF_FORMAT_AIFF)
-        return aafkit::Status::error(path + ": " + formatName(major) + " files are not embedded (WAV or AIFF only)");
+        return aafkit::Status::error(path + ": " + formatName(*sndfile, major) + " files are not embedded (WAV or AIFF only)");
     out.bits = bitsOfSubtype(subtype);
-    if (!out.bits) return aafkit::Status::error(path + ": " + formatName(subtype) + " samples are not integer PCM");
+    if (!out.bits) return aafkit::Status::error(path + ": " + formatName(*sndfile, subtype) + " samples are not integer PCM");
     out.aiff = major == SF_FORMAT_AIFF;
     out.channels = info.channels;
     out.sampleRate = info.samplerate;
@@ -65,11 +67,12 @@ aafkit::Status probeAudioFile(const std::string& path, AudioFileInfo& out) {
 }
 
 WaveWriter::~WaveWriter() {
-    if (file_) sf_close(file_);
+    if (file_) sndfile_->close(file_);
 }
 
 aafkit::Status WaveWriter::open(const std::string& path, int channels, int sampleRate, int bits, bool bigEndian,
                                 std::optional<uint64_t> timeReference) {
+    if (aafkit::Status s = loadSndfile(sndfile_); !s) return s;
     SF_INFO info = {};
     info.channels = channels;
     info.samplerate = sampleRate;
@@ -77,18 +80,18 @@ aafkit::Status WaveWriter::open(const std::string& path, int channels, int sampl
     sampleBytes_ = size_t((bits + 7) / 8);
     blockAlign_ = size_t(channels) * sampleBytes_;
     swap_ = bigEndian && sampleBytes_ > 1;
-    if (!subtypeOfBits(bits) || blockAlign_ > sizeof partial_ || !sf_format_check(&info))
+    if (!subtypeOfBits(bits) || blockAlign_ > sizeof partial_ || !sndfile_->formatCheck(&info))
         return aafkit::Status::error(std::to_string(channels) + " channels of " + std::to_string(bits) +
                                      "-bit PCM at " + std::to_string(sampleRate) + " Hz cannot be written as WAV");
     path_ = path;
-    file_ = sf_open(path.c_str(), SFM_WRITE, &info);
-    if (!file_) return aafkit::Status::error("cannot write " + path + ": " + sf_strerror(nullptr));
+    file_ = sndfile_->open(path.c_str(), SFM_WRITE, &info);
+    if (!file_) return aafkit::Status::error("cannot write " + path + ": " + sndfile_->strerror(nullptr));
     if (timeReference) {
         SF_BROADCAST_INFO bext = {};
         bext.time_reference_low = uint32_t(*timeReference);
         bext.time_reference_high = uint32_t(*timeReference >> 32);
         bext.version = 1;
-        sf_command(file_, SFC_SET_BROADCAST_INFO, &bext, sizeof bext);
+        sndfile_->command(file_, SFC_SET_BROADCAST_INFO, &bext, sizeof bext);
     }
     return aafkit::Status();
 }
@@ -100,8 +103,8 @@ aafkit::Status WaveWriter::writeFrames(const uint8_t* bytes, size_t size) {
             std::reverse(swapped_.begin() + long(at), swapped_.begin() + long(at + sampleBytes_));
         bytes = swapped_.data();
     }
-    if (size && sf_write_raw(file_, bytes, sf_count_t(size)) != sf_count_t(size))
-        return aafkit::Status::error("cannot write " + path_ + ": " + sf_strerror(file_));
+    if (size && sndfile_->writeRaw(file_, bytes, sf_count_t(size)) != sf_count_t(size))
+        return aafkit::Status::error("cannot write " + path_ + ": " + sndfile_->strerror(file_));
     return aafkit::Status();
 }
 
@@ -127,8 +130,8 @@ aafkit::Status WaveWriter::write(const uint8_t* bytes, size_t size) {
 aafkit::Status WaveWriter::close(size_t& droppedBytes) {
     droppedBytes = partialSize_;
     partialSize_ = 0;
-    const int result = sf_close(file_);
+    const int result = sndfile_->close(file_);
     file_ = nullptr;
-    if (result != 0) return aafkit::Status::error("cannot write " + path_ + ": " + sf_error_number(result));
+    if (result != 0) return aafkit::Status::error("cannot write " + path_ + ": " + sndfile_->errorNumber(result));
     return aafkit::Status();
 }

@@ -1,5 +1,5 @@
 #pragma once
-// Audio files on disk through libsndfile: what a WAV or AIFF file holds, and WAV files
+// Audio files on disk through libsndfile, loaded on first use: what a WAV or AIFF file holds, and WAV files
 // (broadcast wave when a time reference is known) written from raw PCM a chunk at a time.
 #include <cstdint>
 #include <optional>
@@ -21,6 +21,7 @@ struct AudioFileInfo {
 aafkit::Status probeAudioFile(const std::string& path, AudioFileInfo& out);
 
 struct sf_private_tag;
+struct SndfileLibrary;
 
 // A WAV file being written from interleaved PCM bytes (big-endian ones are swapped).
 // Bytes may come in any pieces; they are written a whole frame at a time.
@@ -41,6 +42,7 @@ public:
 private:
     aafkit::Status writeFrames(const uint8_t* bytes, size_t size);
 
+    const SndfileLibrary* sndfile_ = nullptr;  // set by open
     sf_private_tag* file_ = nullptr;
     std::string path_;
     size_t blockAlign_ = 0;

@@ -2,7 +2,7 @@
 
 #include <cstdio>
 
-#include "aafkit/Values.h"
+#include "aafkit/om/Values.h"
 #include "aafkit/meta/MetaModel.h"
 
 using aafkit::meta::TypeDef;

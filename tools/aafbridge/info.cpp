@@ -11,7 +11,7 @@
 #include "OpenFile.h"
 #include "aafkit/Mobs.h"
 #include "aafkit/ResultCodes.h"
-#include "aafkit/Values.h"
+#include "aafkit/om/Values.h"
 #include "aafkit/meta/Ids.h"
 #include "aafkit/io/StreamContent.h"
 

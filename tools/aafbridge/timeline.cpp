@@ -10,7 +10,7 @@
 #include "OpenFile.h"
 #include "description/ResultText.h"
 #include "aafbridge/aaf_reader.h"
-#include "aafkit/Values.h"
+#include "aafkit/om/Values.h"
 
 using Json = nlohmann::ordered_json;
 

@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "DescriptionError.h"
-#include "aafkit/Values.h"
+#include "aafkit/om/Values.h"
 #include "aafkit/meta/BaselineModel.h"
 
 namespace {

@@ -11,7 +11,7 @@
 #include "ResultText.h"
 #include "otio.h"
 #include "otio_time.h"
-#include "aafkit/Values.h"
+#include "aafkit/om/Values.h"
 
 namespace {
 

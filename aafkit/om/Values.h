@@ -7,8 +7,8 @@
 #include <string>
 #include <vector>
 
-#include "AafTypes.h"
-#include "om/Object.h"
+#include "../AafTypes.h"
+#include "Object.h"
 
 namespace aafkit {
 
@@ -31,6 +31,8 @@ AAFRESULT getStream(const Object& o, uint16_t pid, const StreamContent*& out);
 // Strong references: the one object, or the elements (vectors in order, sets in key order).
 AAFRESULT getObject(const Object& o, uint16_t pid, Object*& out);
 AAFRESULT getObjects(const Object& o, uint16_t pid, const std::vector<Object*>*& out);
+// The one object of a strong reference; null when `parent` is null or holds none there.
+Object* strongChild(const Object* parent, uint16_t pid);
 // A weak reference resolved to its target (AAFRESULT_OBJECT_NOT_FOUND when it does not resolve).
 AAFRESULT getReferenced(const Object& o, uint16_t pid, Object*& out);
 // The AUID that a weak reference to a definition is keyed by, without resolving it.

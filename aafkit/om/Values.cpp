@@ -2,9 +2,9 @@
 
 #include <algorithm>
 
-#include "File.h"
-#include "ResultCodes.h"
-#include "om/SetKey.h"
+#include "../ResultCodes.h"
+#include "ObjectStore.h"
+#include "SetKey.h"
 
 namespace aafkit {
 
@@ -114,6 +114,11 @@ AAFRESULT getObjects(const Object& o, uint16_t pid, const std::vector<Object*>*&
     return AAFRESULT_SUCCESS;
 }
 
+Object* strongChild(const Object* parent, uint16_t pid) {
+    Object* child = nullptr;
+    return parent && getObject(*parent, pid, child) == AAFRESULT_SUCCESS ? child : nullptr;
+}
+
 AAFRESULT getStream(const Object& o, uint16_t pid, const StreamContent*& out) {
     const Property* p = o.find(pid);
     if (!p) return AAFRESULT_PROP_NOT_PRESENT;
@@ -127,7 +132,7 @@ AAFRESULT getReferenced(const Object& o, uint16_t pid, Object*& out) {
     if (!p) return AAFRESULT_PROP_NOT_PRESENT;
     WeakReference reference;
     if (!p->weakReference(reference)) return AAFRESULT_BAD_PROP;
-    Object* target = o.file().resolve(reference);
+    Object* target = o.store().resolve(reference);
     if (!target) return AAFRESULT_OBJECT_NOT_FOUND;
     out = target;
     return AAFRESULT_SUCCESS;
@@ -256,13 +261,13 @@ AAFRESULT addToSet(Object& o, uint16_t pid, Object& child) {
     p.keySize = uint8_t(key.bytes.size());
     p.objects().insert(position, &child);
     child.attach(&o, pid);
-    o.file().setsChanged();
+    o.store().setsChanged();
     return AAFRESULT_SUCCESS;
 }
 
 AAFRESULT setReference(Object& o, uint16_t pid, const Object& target) {
     WeakReference reference;
-    if (!o.file().referenceTo(target, reference)) return AAFRESULT_INVALID_PARAM;
+    if (!o.store().referenceTo(target, reference)) return AAFRESULT_INVALID_PARAM;
     o.ensure(pid, StoredForm::WeakRef).setWeakReference(reference);
     return AAFRESULT_SUCCESS;
 }
