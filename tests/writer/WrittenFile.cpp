@@ -7,6 +7,7 @@
 #include <stdexcept>
 
 #include "aafkit/meta/MetaModel.h"
+#include "support/SampleFiles.h"
 
 namespace {
 
@@ -29,11 +30,12 @@ std::wstring widen(const std::string& s) { return std::wstring(s.begin(), s.end(
 
 WrittenFile writeAndLoad(AafWriterContext* context, const std::string& name) {
     WrittenFile written;
-    written.path = ::testing::TempDir() + "writer_" + name + ".aaf";
+    written.path = testsupport::temporaryPath("writer_" + name + ".aaf");
     std::remove(written.path.c_str());
     written.result = WriteAafFile(widen(written.path).c_str(), context);
     aafkit::Status why;
     EXPECT_EQ(aafkit::File::openExistingRead(written.path, written.file, &why), 0) << why.message();
+    std::remove(written.path.c_str());  // the open file keeps its bytes until it is closed
     return written;
 }
 

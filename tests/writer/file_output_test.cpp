@@ -6,6 +6,7 @@
 #include "WriterTestSupport.h"
 #include "WrittenFile.h"
 #include "aafkit/ResultCodes.h"
+#include "support/SampleFiles.h"
 
 namespace {
 
@@ -20,7 +21,7 @@ TEST(FileOutput, EveryFileNamesWindowsAsItsPlatform) {
 }
 
 TEST(FileOutput, RefusalsLeaveTheDiskAlone) {
-    const std::string path = ::testing::TempDir() + "writer_existing.aaf";
+    const std::string path = testsupport::temporaryPath("writer_existing.aaf");
     std::ofstream(path) << "not an AAF file";
     ContextPtr context = newContext();
     testing::internal::CaptureStderr();

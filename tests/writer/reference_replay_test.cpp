@@ -16,7 +16,7 @@ class ReferenceReplay : public ::testing::TestWithParam<const char*> {};
 TEST_P(ReferenceReplay, AnswersAsTheReferenceBuild) {
     SKIP_WITHOUT_SHARED("writer-reference");
     const std::string name = GetParam();
-    const std::string output = ::testing::TempDir() + "replay_" + name + ".aaf";
+    const std::string output = testsupport::temporaryPath("replay_" + name + ".aaf");
     std::remove(output.c_str());
     ASSERT_EQ(replayScript(loadScript(name), output), "");
 

@@ -6,6 +6,7 @@
 #include "WriterTestSupport.h"
 #include "aafbridge/aaf_reader.h"
 #include "aafkit/ResultCodes.h"
+#include "support/SampleFiles.h"
 
 namespace {
 
@@ -65,7 +66,7 @@ ReaderPtr writeAndRead(AafWriterContext* c, const std::string& path) {
 
 TEST(RoundTrip, TheReaderGetsBackWhatWasWritten) {
     ContextPtr writer = newContext();
-    const std::string path = ::testing::TempDir() + "writer_round_trip.aaf";
+    const std::string path = testsupport::temporaryPath("writer_round_trip.aaf");
     ReaderPtr reader = writeAndRead(writer.get(), path);
     ASSERT_TRUE(reader);
     AafParseContext* r = reader.get();
