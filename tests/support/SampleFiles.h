@@ -1,6 +1,8 @@
 #pragma once
 // The real AAF files under ../shared/samples, for tests that read them. On a
 // machine without the folder these tests skip.
+#include <gtest/gtest.h>
+
 #include <algorithm>
 #include <cstdint>
 #include <filesystem>
@@ -39,6 +41,15 @@ inline std::vector<uint8_t> readBytes(const std::string& path) {
 inline std::string temporaryPath(const std::string& name) {
     const std::string unique = "aafbridge-test-" + std::to_string(::getpid()) + "-" + name;
     return (std::filesystem::temp_directory_path() / unique).string();
+}
+
+// The running test's own temporary path: ctest runs the tests in parallel.
+inline std::string testFile(const std::string& suffix) {
+    const testing::TestInfo* test = testing::UnitTest::GetInstance()->current_test_info();
+    std::string name = std::string(test->test_suite_name()) + "-" + test->name();
+    for (char& c : name)
+        if (c == '/') c = '_';  // parameterised tests; the suffix may name a folder
+    return temporaryPath(name + suffix);
 }
 
 }  // namespace testsupport

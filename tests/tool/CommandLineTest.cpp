@@ -14,10 +14,7 @@ using testsupport::runTool;
 
 const char* const kCommands[] = {"info", "objects", "timeline", "copy", "write", "demo"};
 
-std::string testFile(const std::string& suffix) {
-    return testsupport::temporaryPath(std::string(testing::UnitTest::GetInstance()->current_test_info()->name()) +
-                                      suffix);
-}
+using testsupport::testFile;
 
 TEST(CommandLine, ToolHelpListsEveryCommandAndTheExitCodes) {
     for (const char* help : {"--help", "-h"}) {

@@ -18,8 +18,7 @@ class EmbedCommand : public ::testing::Test {
 protected:
     void SetUp() override {
         // One folder per test: ctest runs the tests in parallel.
-        folder_ = testsupport::temporaryPath(std::string("embed-") +
-                                             ::testing::UnitTest::GetInstance()->current_test_info()->name());
+        folder_ = testsupport::testFile("");
         fs::remove_all(folder_);
         fs::create_directories(folder_ + "/media");
     }

@@ -15,8 +15,7 @@ using Json = nlohmann::json;
 
 // ctest runs the tests in parallel: each writes its own demo file.
 struct InfoCommand : testing::Test {
-    std::string demo = testsupport::temporaryPath(
-        std::string("info-") + testing::UnitTest::GetInstance()->current_test_info()->name() + ".aaf");
+    std::string demo = testsupport::testFile(".aaf");
     void SetUp() override {
         std::filesystem::remove(demo);
         ASSERT_EQ(testsupport::runTool("demo " + demo).exitCode, 0);

@@ -15,13 +15,7 @@ namespace otiotest {
 
 using Json = nlohmann::json;
 
-inline std::string testFile(const std::string& suffix) {
-    const testing::TestInfo* test = testing::UnitTest::GetInstance()->current_test_info();
-    std::string name = std::string(test->test_suite_name()) + "-" + test->name() + suffix;
-    for (char& c : name)
-        if (c == '/') c = '_';
-    return testsupport::temporaryPath(name);
-}
+using testsupport::testFile;
 
 inline void saveText(const std::string& path, const std::string& text) { std::ofstream(path, std::ios::binary) << text; }
 

@@ -21,11 +21,7 @@ const char* const kCut = R"({
   "markers": [{"position": 12, "text": "here"}]
 })";
 
-// ctest runs the tests in parallel: each test has its own files.
-std::string testFile(const std::string& suffix) {
-    return testsupport::temporaryPath(std::string(testing::UnitTest::GetInstance()->current_test_info()->name()) +
-                                      suffix);
-}
+using testsupport::testFile;
 
 struct WriteCommand : testing::Test {
     std::string input = testFile("-input.json");
