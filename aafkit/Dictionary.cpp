@@ -7,14 +7,6 @@
 
 namespace aafkit {
 
-namespace {
-
-void setMetaReference(Object& o, uint16_t pid, uint16_t metaSetPid, const aafUID_t& id) {
-    o.ensure(pid, StoredForm::WeakRef).setWeakReference(o.store().metaReference(metaSetPid, id));
-}
-
-}  // namespace
-
 const meta::PropertyDef* registerOptionalProperty(File& file, const aafUID_t& classId, const aafUID_t& propertyId,
                                                   const std::string& name, const aafUID_t& typeId) {
     meta::MetaModel& model = file.model();

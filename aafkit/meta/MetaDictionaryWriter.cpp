@@ -34,7 +34,6 @@ private:
     void collectType(const aafUID_t& id);
     void writeClass(Object& dictionary, const ClassDef& cls);
     void writeType(Object& dictionary, const TypeDef& type);
-    void setMetaReference(Object& o, uint16_t pid, uint16_t setPid, const aafUID_t& target);
     void setMetaReferences(Object& o, uint16_t pid, uint16_t setPid, const std::vector<aafUID_t>& targets);
     Object& newDefinition(const aafUID_t& classId, const aafUID_t& id, const std::string& name);
 
@@ -80,10 +79,6 @@ Object& MetaDictionaryWriter::newDefinition(const aafUID_t& classId, const aafUI
     setAuid(o, PID_MetaDefinition_Identification, id);
     setString(o, PID_MetaDefinition_Name, wide(name));
     return o;
-}
-
-void MetaDictionaryWriter::setMetaReference(Object& o, uint16_t pid, uint16_t setPid, const aafUID_t& target) {
-    o.ensure(pid, StoredForm::WeakRef).setWeakReference(store_.metaReference(setPid, target));
 }
 
 void MetaDictionaryWriter::setMetaReferences(Object& o, uint16_t pid, uint16_t setPid,

@@ -272,6 +272,10 @@ AAFRESULT setReference(Object& o, uint16_t pid, const Object& target) {
     return AAFRESULT_SUCCESS;
 }
 
+void setMetaReference(Object& o, uint16_t pid, uint16_t metaSetPid, const aafUID_t& id) {
+    o.ensure(pid, StoredForm::WeakRef).setWeakReference(o.store().metaReference(metaSetPid, id));
+}
+
 std::wstring utf16ToWide(const uint8_t* bytes, size_t size) {
     std::wstring out;
     out.reserve(size / 2);

@@ -65,6 +65,9 @@ AAFRESULT appendObject(Object& o, uint16_t pid, Object& child);  // strong-refer
 AAFRESULT addToSet(Object& o, uint16_t pid, Object& child);      // strong-reference set, keyed
 // A weak reference to `target`, which must be an element of a set (e.g. a definition).
 AAFRESULT setReference(Object& o, uint16_t pid, const Object& target);
+// A weak reference to a class or type definition of the MetaDictionary (set 0x0003 or 0x0004),
+// named by its AUID whether or not that definition exists yet.
+void setMetaReference(Object& o, uint16_t pid, uint16_t metaSetPid, const aafUID_t& id);
 
 // Text helpers shared by the typed access and the tool.
 std::wstring utf16ToWide(const uint8_t* bytes, size_t size);
