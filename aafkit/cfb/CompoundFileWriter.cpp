@@ -95,18 +95,18 @@ uint32_t CompoundFileWriter::addNode(uint32_t parent, const std::string& name, E
     return id;
 }
 
-uint32_t CompoundFileWriter::addStorage(uint32_t parent, std::string name, const uint8_t clsid[16]) {
+uint32_t CompoundFileWriter::addStorage(uint32_t parent, const std::string& name, const uint8_t clsid[16]) {
     return addNode(parent, name, EntryType::Storage, clsid);
 }
 
-void CompoundFileWriter::addStream(uint32_t parent, std::string name, const std::vector<uint8_t>& data) {
+void CompoundFileWriter::addStream(uint32_t parent, const std::string& name, const std::vector<uint8_t>& data) {
     const uint32_t id = addNode(parent, name, EntryType::Stream, kNoClsid);
     if (id == kNoStream) return;
     nodes_[id].bytes = bytes_.add(data);
     nodes_[id].size = data.size();
 }
 
-void CompoundFileWriter::addStream(uint32_t parent, std::string name, const StreamContent& content) {
+void CompoundFileWriter::addStream(uint32_t parent, const std::string& name, const StreamContent& content) {
     const uint32_t id = addNode(parent, name, EntryType::Stream, kNoClsid);
     if (id == kNoStream) return;
     nodes_[id].hasContent = true;

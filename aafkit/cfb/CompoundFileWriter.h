@@ -32,10 +32,10 @@ public:
     CompoundFileWriter(const CompoundFileWriter&) = delete;
     CompoundFileWriter& operator=(const CompoundFileWriter&) = delete;
     void setClsid(uint32_t storage, const uint8_t clsid[16]);
-    uint32_t addStorage(uint32_t parent, std::string name, const uint8_t clsid[16]);
-    void addStream(uint32_t parent, std::string name, const std::vector<uint8_t>& data);
+    uint32_t addStorage(uint32_t parent, const std::string& name, const uint8_t clsid[16]);
+    void addStream(uint32_t parent, const std::string& name, const std::vector<uint8_t>& data);
     // Content read a chunk at a time while the file is written; it must outlive write().
-    void addStream(uint32_t parent, std::string name, const StreamContent& content);
+    void addStream(uint32_t parent, const std::string& name, const StreamContent& content);
 
     // Writes the file front to back; memory does not grow with the streams' content.
     Status write(io::OutputSink& out) const;

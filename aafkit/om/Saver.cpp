@@ -46,6 +46,7 @@ private:
     cfb::CompoundFileWriter& out_;
     std::vector<Pending> pending_;
     std::unordered_map<uint32_t, std::string> names_;  // mangled names by pid and length
+    std::vector<uint8_t> stream_;  // one object's properties at a time: the writer keeps a copy
 };
 
 void putU16(std::vector<uint8_t>& bytes, size_t at, uint16_t v) {
@@ -87,7 +88,7 @@ void ObjectSaver::saveVector(const Property& p, uint32_t storage, const std::str
     w.u32(uint32_t(p.objects().size()));
     w.u32(kNoFreeKey);
     for (uint32_t i = 0; i < p.objects().size(); ++i) w.u32(i);
-    out_.addStream(storage, base + " index", std::move(index));
+    out_.addStream(storage, base + " index", index);
     for (uint32_t i = 0; i < p.objects().size(); ++i)
         saveChild(*p.objects()[i], storage, base + "{" + hexText(i) + "}");
 }
@@ -109,7 +110,7 @@ Status ObjectSaver::saveSet(const Property& p, uint32_t storage, const std::stri
         w.u32(1);
         w.bytes(keys[i].bytes.data(), keys[i].bytes.size());
     }
-    out_.addStream(storage, base + " index", std::move(index));
+    out_.addStream(storage, base + " index", index);
     for (uint32_t i = 0; i < p.objects().size(); ++i)
         saveChild(*p.objects()[i], storage, base + "{" + hexText(i) + "}");
     return Status();
@@ -123,7 +124,7 @@ void ObjectSaver::saveWeakIndex(const Property& p, uint32_t storage, const std::
     w.u16(p.weak().empty() ? 0 : p.weak()[0].keyPid);
     w.u8(p.weak().empty() ? 0 : uint8_t(p.weak()[0].key.size()));
     for (const WeakReference& r : p.weak()) w.bytes(r.key.data(), r.key.size());
-    out_.addStream(storage, base + " index", std::move(index));
+    out_.addStream(storage, base + " index", index);
 }
 
 // A data stream's value is its stream's name after a byte-order byte; new streams are named like references.
@@ -187,7 +188,8 @@ Status ObjectSaver::encode(const Property& p, uint32_t storage, std::vector<uint
 
 Status ObjectSaver::saveProperties(const Object& object, uint32_t storage) {
     const size_t count = object.properties().size();
-    std::vector<uint8_t> stream(4 + 6 * count);
+    std::vector<uint8_t>& stream = stream_;
+    stream.assign(4 + 6 * count, 0);
     stream[0] = kLittleEndian;
     stream[1] = kFormatVersion;
     putU16(stream, 2, uint16_t(count));
@@ -201,7 +203,7 @@ Status ObjectSaver::saveProperties(const Object& object, uint32_t storage) {
         putU16(stream, 6 + 6 * i, p.form);
         putU16(stream, 8 + 6 * i, uint16_t(length));
     }
-    out_.addStream(storage, "properties", std::move(stream));
+    out_.addStream(storage, "properties", stream);
     return Status();
 }
 
