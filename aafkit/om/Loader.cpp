@@ -39,13 +39,12 @@ private:
     };
 
     Status loadProperties(const Pending& item, const std::vector<uint16_t>* onlyPids);
-    Status loadValue(const Pending& item, Property& p, const uint8_t* value);
+    Status loadValue(const Pending& item, Property& p);
     Status loadVector(const Pending& item, Property& p);
     Status loadSet(const Pending& item, Property& p);
     Status loadWeakCollection(const cfb::DirectoryEntry& storage, Property& p);
     Status addChild(const Pending& item, const std::string& name, Property& p, Object*& out);
     Status readNamedStream(const cfb::DirectoryEntry& storage, const std::string& name, std::vector<uint8_t>& out);
-    bool readWeak(ByteReader& in, WeakReference& out);
     std::string nameOf(const cfb::DirectoryEntry& entry) const { return std::string(cfb_.name(entry)); }
     const meta::ClassDef* classOf(const cfb::DirectoryEntry& storage);
 
@@ -108,12 +107,12 @@ Status ObjectLoader::loadProperties(const Pending& item, const std::vector<uint1
         p.pid = pid;
         p.form = form;
         p.data.assign(value, value + length);
-        if (Status s = loadValue(item, p, value); !s) return s;
+        if (Status s = loadValue(item, p); !s) return s;
     }
     return Status();
 }
 
-Status ObjectLoader::loadValue(const Pending& item, Property& p, const uint8_t* value) {
+Status ObjectLoader::loadValue(const Pending& item, Property& p) {
     auto where = [&] { return "property 0x" + hexText(p.pid) + " of \"" + nameOf(*item.storage) + "\""; };
     switch (p.storedForm()) {
     case StoredForm::StrongRef: {
@@ -127,9 +126,9 @@ Status ObjectLoader::loadValue(const Pending& item, Property& p, const uint8_t* 
     case StoredForm::StrongRefSet:
         return loadSet(item, p);
     case StoredForm::WeakRef: {
-        ByteReader in(value, p.data.size());
-        WeakReference checked;  // kept as stored in `data`
-        if (!readWeak(in, checked)) return Status::error("malformed weak reference in " + where());
+        WeakReference checked;  // kept as stored in `data`, read through the property
+        if (!p.weakReference(checked) || checked.pathId >= store_.paths().size())
+            return Status::error("malformed weak reference in " + where());
         return Status();
     }
     case StoredForm::WeakRefVector:
@@ -147,18 +146,6 @@ Status ObjectLoader::loadValue(const Pending& item, Property& p, const uint8_t* 
     default:
         return Status();  // data and rare forms keep their bytes
     }
-}
-
-bool ObjectLoader::readWeak(ByteReader& in, WeakReference& out) {
-    uint16_t tag = 0;
-    uint8_t keySize = 0;
-    const uint8_t* key = nullptr;
-    if (!in.u16(tag) || !in.u16(out.keyPid) || !in.u8(keySize) || !in.bytes(keySize, key) ||
-        tag >= store_.paths().size())
-        return false;
-    out.pathId = tag;
-    out.key.assign(key, key + keySize);
-    return true;
 }
 
 const meta::ClassDef* ObjectLoader::classOf(const cfb::DirectoryEntry& storage) {
