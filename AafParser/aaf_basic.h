@@ -19,9 +19,9 @@ struct AafParseContext {
     aafkit::Object* header = nullptr;
     aafkit::Object* dictionary = nullptr;
     std::vector<SourceClip> clips;
-    // Positions in `clips` of each master mob ID (its 32 bytes), in catalogue order:
-    // the composition walk looks a clip up for every source clip.
-    std::unordered_map<std::string, std::vector<uint32_t>> clipsByMobId;
+    // Positions in `clips` of each master mob ID, in catalogue order: the composition
+    // walk looks a clip up for every source clip.
+    std::unordered_map<aafMobID_t, std::vector<uint32_t>, aafkit::MobIdHash> clipsByMobId;
     Sequence sequence;
     TextPool texts;  // the events' clip names and mob ids
 };

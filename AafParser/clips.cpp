@@ -188,16 +188,10 @@ uint8_t getDataDefType(const Object& slot) {
     return id == kAAFDataDef_Picture || id == kAAFDataDef_LegacyPicture ? 1 : 0;
 }
 
-std::string mobIdKey(const aafMobID_t& id) {
-    uint8_t bytes[32];
-    aafkit::encodeMobId(id, bytes);
-    return std::string(reinterpret_cast<const char*>(bytes), sizeof bytes);
-}
-
 // The composition walk's lookup of clips by master mob ID.
 static void indexClips(AafParseContext& context) {
     context.clipsByMobId.clear();
-    for (uint32_t i = 0; i < context.clips.size(); ++i) context.clipsByMobId[mobIdKey(context.clips[i].mobId)].push_back(i);
+    for (uint32_t i = 0; i < context.clips.size(); ++i) context.clipsByMobId[context.clips[i].mobId].push_back(i);
 }
 
 AAFRESULT ParseClips(AafParseContext* context) {

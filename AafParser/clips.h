@@ -2,7 +2,6 @@
 // The clip catalogue: one SourceClip per master mob, with the source tracks of its
 // timeline slots, the media path and the essence properties from its file mobs.
 #include <cstdint>
-#include <string>
 #include <vector>
 
 #include "aafbridge/aaf_types.h"
@@ -30,9 +29,6 @@ struct SourceClip {
     double frameRate = 0.0;
     double sampleRate = 0.0;
 };
-
-// The key of a mob ID in AafParseContext::clipsByMobId.
-std::string mobIdKey(const aafMobID_t& id);
 
 // 1 when the slot carries picture (current or legacy data definition), else 0.
 uint8_t getDataDefType(const aafkit::Object& slot);

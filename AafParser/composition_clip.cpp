@@ -105,7 +105,7 @@ bool IsMobSubClip(const Object& mob) {
 }
 
 void getRefType(const aafSourceRef_t& reference, uint8_t& isVideo, const AafParseContext& context) {
-    const auto found = context.clipsByMobId.find(mobIdKey(reference.sourceID));
+    const auto found = context.clipsByMobId.find(reference.sourceID);
     if (found == context.clipsByMobId.end()) return;
     for (uint32_t position : found->second) {
         for (const SourceTrack& track : context.clips[position].tracks) {

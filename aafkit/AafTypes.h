@@ -46,6 +46,17 @@ inline bool operator!=(const aafMobID_t& a, const aafMobID_t& b) { return !(a ==
 
 namespace aafkit {
 
+// For maps keyed by MobID: the material number and the instance tell mobs apart.
+struct MobIdHash {
+    size_t operator()(const aafMobID_t& id) const {
+        uint64_t low = 0;
+        std::memcpy(&low, id.material.Data4, sizeof low);
+        const uint64_t high = uint64_t(id.material.Data1) << 32 ^ uint64_t(id.material.Data2) << 16 ^
+                              id.material.Data3 ^ uint64_t(id.instanceLow) << 40;
+        return size_t((high * 0x9e3779b97f4a7c15ull) ^ low);
+    }
+};
+
 // 16 bytes as an AUID is stored in a little-endian file (GUID layout).
 void encodeAuid(const aafUID_t& id, uint8_t out[16]);
 aafUID_t decodeAuid(const uint8_t in[16]);

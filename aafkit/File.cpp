@@ -108,13 +108,11 @@ Object* File::lookupMob(const aafMobID_t& id) const {
         if (Object* content = contentStorage(); content && getObjects(*content, PID_ContentStorage_Mobs, mobs) == 0)
             for (Object* mob : *mobs) {
                 const Property* mobId = mob->find(PID_Mob_MobID);
-                if (mobId) mobIndex_.emplace(std::string(mobId->data.begin(), mobId->data.end()), mob);
+                if (mobId && mobId->data.size() == 32) mobIndex_.emplace(decodeMobId(mobId->data.data()), mob);
             }
         mobIndexVersion_ = setsVersion();
     }
-    uint8_t bytes[32];
-    encodeMobId(id, bytes);
-    auto it = mobIndex_.find(std::string(reinterpret_cast<const char*>(bytes), 32));
+    auto it = mobIndex_.find(id);
     return it == mobIndex_.end() ? nullptr : it->second;
 }
 

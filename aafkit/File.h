@@ -70,7 +70,7 @@ private:
     void prepareSave();
 
     bool ownsMetaDictionary_ = false;  // created here: built from the model at save
-    mutable std::unordered_map<std::string, Object*> mobIndex_;
+    mutable std::unordered_map<aafMobID_t, Object*, MobIdHash> mobIndex_;
     mutable uint64_t mobIndexVersion_ = ~uint64_t(0);  // the sets' version it was built at
 };
 
