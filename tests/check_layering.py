@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """aafkit's rooms include only themselves and the rooms beneath them.
 
-io/ is at the bottom, cfb/ above it, meta/ and om/ (which use each other) above cfb/, and the
+io/ and mem/ are at the bottom, cfb/ above it, meta/ and om/ (which use each other) above cfb/, and the
 top level above all. The top level's vocabulary headers (the AAF types, the result codes and
 Status) include nothing of the rooms, so every room may use them. Nothing in aafkit includes
 the reader, the writer, the timeline model or the tool. Prints every include that breaks this
@@ -13,7 +13,7 @@ import pathlib
 import re
 import sys
 
-LEVELS = {"io": 0, "cfb": 1, "meta": 2, "om": 2, "": 3}
+LEVELS = {"io": 0, "mem": 0, "cfb": 1, "meta": 2, "om": 2, "": 3}
 VOCABULARY = {"AafTypes.h", "ResultCodes.h", "Status.h"}
 INCLUDE = re.compile(r'^\s*#\s*include\s+"([^"]+)"', re.MULTILINE)
 

@@ -18,7 +18,7 @@ void ChildIndex::add(uint32_t parent, std::string_view name, uint32_t id) {
 }
 
 void ChildIndex::release() {
-    std::vector<Slot>().swap(slots_);
+    decltype(slots_)(slots_.get_allocator()).swap(slots_);
     mask_ = 0;
 }
 

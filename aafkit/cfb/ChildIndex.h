@@ -7,6 +7,8 @@
 #include <string_view>
 #include <vector>
 
+#include "aafkit/mem/HugePageResource.h"
+
 namespace aafkit::cfb {
 
 class ChildIndex {
@@ -36,7 +38,7 @@ private:
     };
     size_t slotFor(uint32_t parent, std::string_view name) const;
 
-    std::vector<Slot> slots_;  // open addressing, at most two thirds full
+    std::pmr::vector<Slot> slots_{mem::hugePageResource()};  // open addressing, at most two thirds full
     size_t mask_ = 0;
 };
 

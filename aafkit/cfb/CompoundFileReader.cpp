@@ -132,10 +132,12 @@ Status CompoundFileReader::readDirectory(uint32_t firstSector) {
     if (chain.empty()) return fail("empty directory", "sector", firstSector);
     const size_t perSector = sectorSize_ / kEntrySize;
     entries_.assign(chain.size() * perSector, DirectoryEntry());
-    std::vector<EntryLinks> links(entries_.size());
+    std::pmr::vector<EntryLinks> links(entries_.size(), mem::hugePageResource());
     std::vector<uint8_t> block(sectorSize_);
     ClassIdTable classIds(clsids_);
-    names_.reserve(entries_.size() * 12);  // AAF's names are mostly short: "properties", "Mobs{1a}"
+    // Room for every name in ASCII, the usual case, so the pool is never copied to
+    // grow; what a large directory leaves unused is never touched, so never resident.
+    names_.reserve(entries_.size() * kMaxNameUnits);
     EntryRecord record;
     for (size_t id = 0; id < entries_.size(); ++id) {
         if (id % perSector == 0)
@@ -146,7 +148,6 @@ Status CompoundFileReader::readDirectory(uint32_t firstSector) {
         if (Status s = convertEntry(uint32_t(id), record, classIds); !s) return s;
         links[id] = {record.left, record.right, record.child};
     }
-    names_.shrink_to_fit();
     if (entries_[0].type != EntryType::Root) return fail("no root entry", "entry", 0);
     return linkTree(links);
 }
@@ -171,7 +172,7 @@ Status CompoundFileReader::convertEntry(uint32_t id, const EntryRecord& record, 
         std::copy(record.name, record.name + length, narrow);
         names_.append(narrow, length);
     } else
-        names_ += utf16ToUtf8(std::u16string(record.name, length));
+        names_.append(utf16ToUtf8(std::u16string(record.name, length)));
     entry.nameOffset = uint32_t(offset);
     entry.nameLength = uint8_t(names_.size() - offset);
     entry.clsidIndex = classIds.intern(record.clsid);
@@ -183,12 +184,12 @@ Status CompoundFileReader::convertEntry(uint32_t id, const EntryRecord& record, 
 // Walks the sibling trees without recursion, visiting each entry at most once,
 // then lays each storage's children side by side in one list, by entry id, and
 // indexes them by name.
-Status CompoundFileReader::linkTree(const std::vector<EntryLinks>& links) {
+Status CompoundFileReader::linkTree(const std::pmr::vector<EntryLinks>& links) {
     struct Link {
         uint32_t id;
         uint32_t parent;
     };
-    std::vector<uint32_t> parentOf(entries_.size(), kNoStream);
+    std::pmr::vector<uint32_t> parentOf(entries_.size(), kNoStream, mem::hugePageResource());
     parentOf[0] = 0;
     std::vector<Link> pending{{links[0].child, 0}};
     while (!pending.empty()) {
@@ -248,10 +249,10 @@ const DirectoryEntry* CompoundFileReader::child(const DirectoryEntry& storage, s
 }
 
 void CompoundFileReader::releaseDirectory() {
-    std::vector<DirectoryEntry>().swap(entries_);
-    std::string().swap(names_);
+    decltype(entries_)(entries_.get_allocator()).swap(entries_);
+    decltype(names_)(names_.get_allocator()).swap(names_);
     std::vector<ClassId>().swap(clsids_);
-    std::vector<uint32_t>().swap(children_);
+    decltype(children_)(children_.get_allocator()).swap(children_);
     childIndex_.release();
 }
 

@@ -16,6 +16,7 @@
 #include "aafkit/cfb/CompoundFileFormat.h"
 #include "aafkit/cfb/DirectoryEntry.h"
 #include "aafkit/io/InputFile.h"
+#include "aafkit/mem/HugePageResource.h"
 
 namespace aafkit::cfb {
 
@@ -67,7 +68,7 @@ private:
                      AllocationTable& table) const;
     Status readDirectory(uint32_t firstSector);
     Status convertEntry(uint32_t id, const EntryRecord& record, ClassIdTable& classIds);
-    Status linkTree(const std::vector<EntryLinks>& links);
+    Status linkTree(const std::pmr::vector<EntryLinks>& links);
     Status readMiniStream(const FileHeader& header);
     Status readSector(uint32_t id, uint8_t* out) const;
     Status readUnits(bool mini, uint32_t id, uint32_t within, uint8_t* out, size_t n) const;
@@ -81,10 +82,10 @@ private:
     AllocationTable fat_;
     AllocationTable miniFat_;
     std::vector<uint32_t> miniStreamSectors_;
-    std::vector<DirectoryEntry> entries_;
-    std::string names_;                           // every entry's name, one after another
-    std::vector<ClassId> clsids_;                 // distinct class ids; the first is all zeros
-    std::vector<uint32_t> children_;              // each storage's children together, by id
+    std::pmr::vector<DirectoryEntry> entries_{mem::hugePageResource()};
+    std::pmr::string names_{mem::hugePageResource()};  // every entry's name, one after another
+    std::vector<ClassId> clsids_;                       // distinct class ids; the first is all zeros
+    std::pmr::vector<uint32_t> children_{mem::hugePageResource()};  // each storage's children together, by id
     ChildIndex childIndex_;
 
     // Metadata is read in pieces of 64 to 4096 bytes, mostly in file order: small

@@ -17,7 +17,7 @@ std::string resolveCacheKey(uint32_t pathId, const Bytes& key) {
 }  // namespace
 
 Object* ObjectStore::newObject(const aafUID_t& classId, const meta::ClassDef* classDef) {
-    return &objects_.emplace_back(*this, classId, classDef);
+    return &objects_.emplace_back(*this, classId, classDef, &memory_);
 }
 
 Object* ObjectStore::create(const aafUID_t& classId) {

@@ -6,12 +6,14 @@
 #include <cstdint>
 #include <deque>
 #include <memory>
+#include <memory_resource>
 #include <string>
 #include <unordered_map>
 #include <vector>
 
 #include "../AafTypes.h"
 #include "../cfb/CompoundFileReader.h"
+#include "../mem/Arena.h"
 #include "../meta/MetaModel.h"
 #include "Object.h"
 
@@ -60,9 +62,10 @@ protected:
     ~ObjectStore() = default;
 
 private:
+    mem::Arena memory_;  // the objects and their properties; declared first, so freed last
     std::unique_ptr<cfb::CompoundFileReader> source_;  // outlives the objects whose streams it reads
     meta::MetaModel model_;
-    std::deque<Object> objects_;
+    std::pmr::deque<Object> objects_{&memory_};
     Object* root_ = nullptr;
     std::vector<std::vector<uint16_t>> paths_;
     uint64_t setsVersion_ = 0;

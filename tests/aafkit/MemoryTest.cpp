@@ -1,0 +1,94 @@
+// The arena behind a file's objects and the huge-page memory behind its large
+// tables: blocks must never overlap, must be reused only once given back, and
+// must come back aligned as asked.
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <cstring>
+#include <memory_resource>
+#include <vector>
+
+#include "aafkit/mem/Arena.h"
+#include "aafkit/mem/HugePageResource.h"
+
+namespace {
+
+bool alignedTo(const void* p, size_t alignment) { return reinterpret_cast<uintptr_t>(p) % alignment == 0; }
+
+struct Allocation {
+    uint8_t* bytes;
+    size_t size;
+};
+
+// Fills every allocation with its own byte, then checks that none was overwritten by another.
+void expectDisjoint(const std::vector<Allocation>& allocations) {
+    for (size_t i = 0; i < allocations.size(); ++i) std::memset(allocations[i].bytes, int(i % 251), allocations[i].size);
+    for (size_t i = 0; i < allocations.size(); ++i)
+        for (size_t b = 0; b < allocations[i].size; ++b)
+            ASSERT_EQ(allocations[i].bytes[b], uint8_t(i % 251)) << "allocation " << i << " byte " << b;
+}
+
+TEST(Arena, BlocksAcrossManyLargeBlocksAreDisjointAndAligned) {
+    aafkit::mem::Arena arena;
+    std::vector<Allocation> allocations;
+    // Over 6 MiB in sizes from 1 byte to beyond the pooled sizes, so that several
+    // blocks (the last ones huge-page backed) and the heap path are all used.
+    for (size_t i = 0; i < 3000; ++i) {
+        const size_t size = 1 + (i * 977) % 5000;
+        void* p = arena.allocate(size, alignof(std::max_align_t));
+        EXPECT_TRUE(alignedTo(p, alignof(std::max_align_t))) << size;
+        allocations.push_back({static_cast<uint8_t*>(p), size});
+    }
+    expectDisjoint(allocations);
+    for (const Allocation& a : allocations) arena.deallocate(a.bytes, a.size, alignof(std::max_align_t));
+}
+
+TEST(Arena, GivenBackBlocksServeTheSameSizeOnly) {
+    aafkit::mem::Arena arena;
+    void* small = arena.allocate(56, 8);
+    void* other = arena.allocate(200, 8);
+    arena.deallocate(small, 56, 8);
+    void* larger = arena.allocate(112, 8);
+    EXPECT_NE(larger, small);  // a 56-byte block cannot hold 112
+    EXPECT_EQ(arena.allocate(50, 8), small);  // same size class: reused
+    EXPECT_NE(arena.allocate(56, 8), small);  // handed out again already
+    arena.deallocate(other, 200, 8);
+}
+
+TEST(Arena, OverAlignedBlocksAreHonoured) {
+    aafkit::mem::Arena arena;
+    void* p = arena.allocate(64, 256);
+    EXPECT_TRUE(alignedTo(p, 256));
+    arena.deallocate(p, 64, 256);
+}
+
+TEST(Arena, ContainersGrowAndShrinkThroughIt) {
+    aafkit::mem::Arena arena;
+    std::pmr::vector<std::pmr::vector<int>> lists(&arena);
+    for (int i = 0; i < 2000; ++i) {
+        lists.emplace_back();
+        for (int k = 0; k <= i % 40; ++k) lists.back().push_back(i * 100 + k);
+        if (i % 3 == 0) lists.erase(lists.begin() + i / 2);  // gives blocks back to be reused
+    }
+    size_t total = 0;
+    for (const auto& list : lists) {
+        ASSERT_FALSE(list.empty());
+        const int first = list.front();
+        for (size_t k = 0; k < list.size(); ++k) ASSERT_EQ(list[k], first + int(k));
+        total += list.size();
+    }
+    EXPECT_GT(total, 0u);
+}
+
+TEST(HugePageResource, LargeAllocationsAreAlignedWritableAndDistinct) {
+    std::pmr::memory_resource* memory = aafkit::mem::hugePageResource();
+    const size_t sizes[] = {100, (size_t(2) << 20) - 1, size_t(2) << 20, (size_t(5) << 20) + 3};
+    std::vector<Allocation> allocations;
+    for (size_t size : sizes) allocations.push_back({static_cast<uint8_t*>(memory->allocate(size, 16)), size});
+    EXPECT_TRUE(alignedTo(allocations[2].bytes, size_t(2) << 20));
+    EXPECT_TRUE(alignedTo(allocations[3].bytes, size_t(2) << 20));
+    expectDisjoint(allocations);
+    for (const Allocation& a : allocations) memory->deallocate(a.bytes, a.size, 16);
+}
+
+}  // namespace
