@@ -71,13 +71,20 @@ AAFRESULT requiredProperty(AAFRESULT result, const aafkit::Object& object, uint1
     return property && !property->optional ? AAFRESULT_SUCCESS : result;
 }
 
+AAFRESULT readText(const aafkit::Object& object, uint16_t pid, std::wstring& text, size_t capacity) {
+    std::wstring read;
+    AAFRESULT result = aafkit::getString(object, pid, read);
+    if (result != AAFRESULT_SUCCESS) return result;
+    if (read.size() + 1 > capacity) return AAFRESULT_SMALLBUF;
+    text = std::move(read);
+    return AAFRESULT_SUCCESS;
+}
+
 AAFRESULT readText(const aafkit::Object& object, uint16_t pid, wchar_t* buffer, size_t capacity) {
     std::wstring text;
-    AAFRESULT result = aafkit::getString(object, pid, text);
-    if (result != AAFRESULT_SUCCESS) return result;
-    if (text.size() + 1 > capacity) return AAFRESULT_SMALLBUF;
-    std::wmemcpy(buffer, text.c_str(), text.size() + 1);
-    return AAFRESULT_SUCCESS;
+    AAFRESULT result = readText(object, pid, text, capacity);
+    if (result == AAFRESULT_SUCCESS) std::wmemcpy(buffer, text.c_str(), text.size() + 1);
+    return result;
 }
 
 AAFRESULT copyTextToHost(const wchar_t* text, wchar_t* buffer, int32_t n) {

@@ -47,6 +47,7 @@ AAFRESULT requiredProperty(AAFRESULT result, const aafkit::Object& object, uint1
 // A string property into a fixed buffer: AAFRESULT_SMALLBUF, nothing copied, when the
 // text and its terminator do not fit.
 AAFRESULT readText(const aafkit::Object& object, uint16_t pid, wchar_t* buffer, size_t capacity);
+AAFRESULT readText(const aafkit::Object& object, uint16_t pid, std::wstring& text, size_t capacity);
 
 // The host's text copy: at most n characters, zero-padded, then a zero one past the last
 // character copied (slot n for a long text). kInvalidArgument for a null buffer or n < 0.

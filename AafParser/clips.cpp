@@ -75,7 +75,7 @@ void FindLocator(const Object& sourceMob, Object*& locator, LocatorSearch& searc
     if (found) locator = found;
 }
 
-AAFRESULT readLocatorPath(const Object& locator, wchar_t* path) {
+AAFRESULT readLocatorPath(const Object& locator, std::wstring& path) {
     if (!locator.isA(AUID_AAFNetworkLocator)) return AAFRESULT_ABSTRACT_CLASS;
     return readText(locator, PID_NetworkLocator_URLString, path, kTextLength);
 }
@@ -112,7 +112,9 @@ AAFRESULT readMasterMob(const Object& mob, SourceClip& clip) {
     if (AAF_FAILED(result)) return result;
     result = requiredProperty(aafkit::getMobId(mob, PID_Mob_MobID, clip.mobId), mob, PID_Mob_MobID);
     if (AAF_FAILED(result)) return result;
-    mobId2String(clip.id, clip.mobId, kTextLength);
+    wchar_t id[kTextLength];
+    mobId2String(id, clip.mobId, kTextLength);
+    clip.id = id;
     for (Object* slot : aafkit::getSlots(mob)) {
         if (!slot->isA(AUID_AAFTimelineMobSlot)) continue;
         if ((result = readTimelineSlot(clip, *slot)) != AAFRESULT_SUCCESS) return result;
@@ -124,6 +126,7 @@ AAFRESULT catalogueMasterMobs(AafParseContext& context) {
     std::vector<Object*> mobs;
     AAFRESULT result = aafkit::getMobs(*context.file, aafkit::kAAFMasterMob, mobs);
     if (AAF_FAILED(result)) return result;
+    context.clips.reserve(mobs.size());
     for (Object* mob : mobs) {
         if (isLowerLevel(*mob)) continue;
         SourceClip clip;
@@ -163,12 +166,12 @@ AAFRESULT attachFileMobs(AafParseContext& context) {
 
 bool badClip(const AafParseContext* context, uint32_t clip) { return !context || clip >= context->clips.size(); }
 
-using ClipText = wchar_t (SourceClip::*)[kTextLength];
+using ClipText = std::wstring SourceClip::*;
 
 AAFRESULT loadClipText(uint32_t clip, wchar_t* buffer, int32_t length, const AafParseContext* context,
                        ClipText text) {
     if (badClip(context, clip)) return kInvalidArgument;
-    return copyTextToHost(context->clips[clip].*text, buffer, length);
+    return copyTextToHost((context->clips[clip].*text).c_str(), buffer, length);
 }
 
 }  // namespace

@@ -2,6 +2,7 @@
 // The clip catalogue: one SourceClip per master mob, with the source tracks of its
 // timeline slots, the media path and the essence properties from its file mobs.
 #include <cstdint>
+#include <string>
 #include <vector>
 
 #include "aafbridge/aaf_types.h"
@@ -16,9 +17,10 @@ struct SourceTrack {
 
 struct SourceClip {
     std::vector<SourceTrack> tracks;
-    wchar_t path[kTextLength] = {};
-    wchar_t name[kTextLength] = {};
-    wchar_t id[kTextLength] = {};
+    // Each shorter than kTextLength, as the host's fixed buffers require.
+    std::wstring path;
+    std::wstring name;
+    std::wstring id;
     aafMobID_t mobId = {};
     int64_t length = 0;
     uint8_t hasVideo = 0;
