@@ -181,49 +181,58 @@ Status CompoundFileReader::convertEntry(uint32_t id, const EntryRecord& record, 
     return Status();
 }
 
-// Walks the sibling trees without recursion, visiting each entry at most once,
-// then lays each storage's children side by side in one list, by entry id, and
-// indexes them by name.
+// Visits each storage's sibling tree in order, without recursion and each entry at
+// most once, and lays its children side by side in that order: the file's own name
+// order, so that a child is found by binary search. A tree the file left out of order
+// is sorted.
 Status CompoundFileReader::linkTree(const std::pmr::vector<EntryLinks>& links) {
-    struct Link {
-        uint32_t id;
-        uint32_t parent;
-    };
-    std::pmr::vector<uint32_t> parentOf(entries_.size(), kNoStream, mem::hugePageResource());
-    parentOf[0] = 0;
-    std::vector<Link> pending{{links[0].child, 0}};
-    while (!pending.empty()) {
-        const Link link = pending.back();
-        pending.pop_back();
-        if (link.id == kNoStream) continue;
-        if (link.id >= entries_.size() || entries_[link.id].type == EntryType::Empty)
-            return fail("directory link to no entry", "entry", link.parent);
-        if (parentOf[link.id] != kNoStream) return fail("directory loop", "entry", link.id);
-        parentOf[link.id] = link.parent;
-        const EntryLinks& record = links[link.id];
-        ++entries_[link.parent].childCount;
-        pending.push_back({record.left, link.parent});
-        pending.push_back({record.right, link.parent});
-        if (entries_[link.id].type == EntryType::Storage)
-            pending.push_back({record.child, link.id});
-        else if (record.child != kNoStream)
-            return fail("stream with children", "entry", link.id);
-    }
-    uint32_t placed = 0;
-    for (DirectoryEntry& entry : entries_) {
-        entry.firstChild = placed;
-        placed += entry.childCount;
-        entry.childCount = 0;
-    }
-    children_.resize(placed);
-    childIndex_.reset(placed);
-    for (uint32_t id = 1; id < entries_.size(); ++id) {
-        if (parentOf[id] == kNoStream) continue;
-        DirectoryEntry& parent = entries_[parentOf[id]];
-        children_[parent.firstChild + parent.childCount++] = id;
-        childIndex_.add(parentOf[id], name(entries_[id]), id);
+    std::pmr::vector<bool> visited(entries_.size(), false, mem::hugePageResource());
+    visited[0] = true;
+    children_.reserve(entries_.size());
+    std::vector<uint32_t> storages{0}, path;
+    while (!storages.empty()) {
+        const uint32_t storage = storages.back();
+        storages.pop_back();
+        DirectoryEntry& parent = entries_[storage];
+        parent.firstChild = uint32_t(children_.size());
+        for (uint32_t node = links[storage].child; node != kNoStream || !path.empty();) {
+            for (; node != kNoStream; node = links[node].left) {
+                if (node >= entries_.size() || entries_[node].type == EntryType::Empty)
+                    return fail("directory link to no entry", "entry", storage);
+                if (visited[node]) return fail("directory loop", "entry", node);
+                visited[node] = true;
+                path.push_back(node);
+            }
+            node = path.back();
+            path.pop_back();
+            children_.push_back(node);
+            if (entries_[node].type == EntryType::Storage)
+                storages.push_back(node);
+            else if (links[node].child != kNoStream)
+                return fail("stream with children", "entry", node);
+            node = links[node].right;
+        }
+        parent.childCount = uint32_t(children_.size() - parent.firstChild);
+        sortChildren(parent);
     }
     return Status();
+}
+
+// Sibling order as this reader compares names: by length, then by upper-cased bytes.
+// For ASCII names, all AAF writes, it is the file's order.
+bool CompoundFileReader::precedes(std::string_view a, std::string_view b) {
+    if (a.size() != b.size()) return a.size() < b.size();
+    const auto upper = [](char c) { return uint8_t(c >= 'a' && c <= 'z' ? c - 'a' + 'A' : c); };
+    for (size_t i = 0; i < a.size(); ++i)
+        if (upper(a[i]) != upper(b[i])) return upper(a[i]) < upper(b[i]);
+    return false;
+}
+
+void CompoundFileReader::sortChildren(const DirectoryEntry& storage) {
+    uint32_t* first = children_.data() + storage.firstChild;
+    uint32_t* last = first + storage.childCount;
+    const auto byName = [this](uint32_t a, uint32_t b) { return precedes(name(entries_[a]), name(entries_[b])); };
+    if (!std::is_sorted(first, last, byName)) std::sort(first, last, byName);
 }
 
 // The mini stream is the root entry's data; the mini FAT covers its 64-byte sectors.
@@ -243,9 +252,13 @@ EntryIds CompoundFileReader::children(const DirectoryEntry& storage) const {
 }
 
 const DirectoryEntry* CompoundFileReader::child(const DirectoryEntry& storage, std::string_view wanted) const {
-    const auto parent = uint32_t(&storage - entries_.data());
-    const uint32_t id = childIndex_.find(parent, wanted, [this](uint32_t i) { return name(entries_[i]); });
-    return id == ChildIndex::kNone ? nullptr : &entries_[id];
+    const EntryIds ids = children(storage);
+    const auto byName = [this](uint32_t id, std::string_view n) { return precedes(name(entries_[id]), n); };
+    // Names equal but for case sort together: the exact one is among them.
+    for (auto at = std::lower_bound(ids.begin(), ids.end(), wanted, byName);
+         at != ids.end() && !precedes(wanted, name(entries_[*at])); ++at)
+        if (name(entries_[*at]) == wanted) return &entries_[*at];
+    return nullptr;
 }
 
 void CompoundFileReader::releaseDirectory() {
@@ -253,7 +266,6 @@ void CompoundFileReader::releaseDirectory() {
     decltype(names_)(names_.get_allocator()).swap(names_);
     std::vector<ClassId>().swap(clsids_);
     decltype(children_)(children_.get_allocator()).swap(children_);
-    childIndex_.release();
 }
 
 Status CompoundFileReader::readStream(const DirectoryEntry& stream, std::vector<uint8_t>& out) const {

@@ -11,7 +11,6 @@
 
 #include "aafkit/Status.h"
 #include "aafkit/cfb/AllocationTable.h"
-#include "aafkit/cfb/ChildIndex.h"
 #include "aafkit/cfb/ClassIdTable.h"
 #include "aafkit/cfb/CompoundFileFormat.h"
 #include "aafkit/cfb/DirectoryEntry.h"
@@ -45,6 +44,7 @@ public:
     }
     // The entry's 16-byte class id.
     const uint8_t* clsid(const DirectoryEntry& entry) const { return clsids_[entry.clsidIndex].data(); }
+    // A storage's children in sibling order: by name length, then by upper-cased name.
     EntryIds children(const DirectoryEntry& storage) const;
     // Direct child of a storage (an entry of this reader) by exact name, or nullptr.
     const DirectoryEntry* child(const DirectoryEntry& storage, std::string_view name) const;
@@ -69,6 +69,8 @@ private:
     Status readDirectory(uint32_t firstSector);
     Status convertEntry(uint32_t id, const EntryRecord& record, ClassIdTable& classIds);
     Status linkTree(const std::pmr::vector<EntryLinks>& links);
+    static bool precedes(std::string_view a, std::string_view b);
+    void sortChildren(const DirectoryEntry& storage);
     Status readMiniStream(const FileHeader& header);
     Status readSector(uint32_t id, uint8_t* out) const;
     Status readUnits(bool mini, uint32_t id, uint32_t within, uint8_t* out, size_t n) const;
@@ -85,8 +87,7 @@ private:
     std::pmr::vector<DirectoryEntry> entries_{mem::hugePageResource()};
     std::pmr::string names_{mem::hugePageResource()};  // every entry's name, one after another
     std::vector<ClassId> clsids_;                       // distinct class ids; the first is all zeros
-    std::pmr::vector<uint32_t> children_{mem::hugePageResource()};  // each storage's children together, by id
-    ChildIndex childIndex_;
+    std::pmr::vector<uint32_t> children_{mem::hugePageResource()};  // each storage's children together, by name
 
     // Metadata is read in pieces of 64 to 4096 bytes, mostly in file order: small
     // reads go through a cache of aligned blocks, large ones straight to the file.

@@ -21,7 +21,7 @@ struct DirectoryEntry {
     EntryType type = EntryType::Empty;
 };
 
-// The ids of a storage's direct children, in id order.
+// The ids of a storage's direct children, in sibling order.
 struct EntryIds {
     const uint32_t* first = nullptr;
     const uint32_t* last = nullptr;
