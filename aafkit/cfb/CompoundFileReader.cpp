@@ -359,7 +359,7 @@ Status CompoundFileReader::readRange(uint64_t offset, uint8_t* out, size_t n) co
 
 Status CompoundFileReader::readCached(uint64_t offset, uint8_t* out, size_t n) const {
     if (!cache_) {
-        cache_.reset(new uint8_t[kCachedBlocks * kBlockSize]);
+        cache_.reset(static_cast<uint8_t*>(mem::hugePageResource()->allocate(kCachedBlocks * kBlockSize)));
         cachedBlocks_.fill(UINT64_MAX);
     }
     while (n > 0) {
