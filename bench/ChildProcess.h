@@ -15,6 +15,7 @@ extern char** environ;
 struct ChildRun {
     bool ok = false;  // started and exited with status 0
     double seconds = 0;
+    double cpuSeconds = 0;  // user and system
     double peakMiB = 0;
 };
 
@@ -35,6 +36,8 @@ inline ChildRun runChild(std::vector<std::string> args) {
     struct rusage usage {};
     if (!started || wait4(pid, &status, 0, &usage) != pid) return run;
     run.seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+    const auto toSeconds = [](const timeval& t) { return double(t.tv_sec) + double(t.tv_usec) / 1e6; };
+    run.cpuSeconds = toSeconds(usage.ru_utime) + toSeconds(usage.ru_stime);
     run.peakMiB = double(usage.ru_maxrss) / 1024.0;  // kilobytes on Linux
     run.ok = WIFEXITED(status) && WEXITSTATUS(status) == 0;
     return run;

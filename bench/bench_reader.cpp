@@ -90,6 +90,35 @@ void ReadAllSampleBytes(benchmark::State& state) {
 }
 BENCHMARK(ReadAllSampleBytes)->Unit(benchmark::kMillisecond);
 
+// The same comparison as an editor meets it, a process per file: `aafbridge timeline`
+// on each sample against `cat` of each. The time is the processes' CPU time (user and
+// system), steadier than wall time on a shared machine; compare the two rows.
+void runOnEachSample(benchmark::State& state, const std::vector<std::string>& command) {
+    const std::vector<std::string> files = benchSamples();
+    if (files.empty()) {
+        state.SkipWithError("no samples at " AAFBRIDGE_SAMPLES_DIR);
+        return;
+    }
+    QuietStderr quiet;
+    for (auto _ : state) {
+        double cpu = 0;
+        for (const std::string& path : files) {
+            std::vector<std::string> args = command;
+            args.push_back(path);
+            const ChildRun run = runChild(args);
+            cpu += run.cpuSeconds;
+        }
+        state.SetIterationTime(cpu);
+    }
+    state.counters["files"] = double(files.size());
+}
+
+void TimelineProcessPerSample(benchmark::State& state) { runOnEachSample(state, {AAFBRIDGE_TOOL, "timeline"}); }
+BENCHMARK(TimelineProcessPerSample)->Unit(benchmark::kMillisecond)->UseManualTime();
+
+void CatProcessPerSample(benchmark::State& state) { runOnEachSample(state, {"cat"}); }
+BENCHMARK(CatProcessPerSample)->Unit(benchmark::kMillisecond)->UseManualTime();
+
 }  // namespace
 
 BENCHMARK_MAIN();
