@@ -27,7 +27,9 @@ std::string bigFile() {
 bool ensureBigFile(benchmark::State& state) {
     const std::string path = bigFile();
     std::error_code error;
-    if (std::filesystem::file_size(path, error) > (uint64_t(4) << 30)) return true;
+    // file_size answers its largest value, not 0, when the file is not there.
+    const uintmax_t size = std::filesystem::file_size(path, error);
+    if (!error && size > (uint64_t(4) << 30)) return true;
     if (!runChild({AAFBRIDGE_BENCH_DIR "/generate_embedded_aaf", path, kSizeGiB}).ok) {
         state.SkipWithError(("cannot generate " + path).c_str());
         return false;
