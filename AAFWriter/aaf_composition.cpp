@@ -100,7 +100,7 @@ AAFRESULT AppendClipToTrack(uint32_t track, int64_t inPoint, int64_t length, boo
     if (result != AAFRESULT_SUCCESS) return result;
     if (trackNumber > trackCount) return AAFRESULT_INVALID_PARAM;
 
-    auto* event = new TrackClip();
+    TrackClip* event = context->sequence.events.make<TrackClip>().release();
     event->clipName = context->texts.text(clip.name);
     event->mobId = clip.masterMobId;  // final only once written; read again then
     event->slotId = trackNumber;
@@ -114,14 +114,14 @@ AAFRESULT AppendFiller(uint32_t track, int64_t length, AafWriterContext* context
     Track* target = nullptr;
     AAFRESULT result = checkTrack(context, track, target);
     if (result != AAFRESULT_SUCCESS) return result;
-    return append(*target, new Filler(), length);
+    return append(*target, context->sequence.events.make<Filler>().release(), length);
 }
 
 AAFRESULT AppendTransition(uint32_t track, int64_t cutPoint, int64_t length, AafWriterContext* context) {
     Track* target = nullptr;
     AAFRESULT result = checkTrack(context, track, target);
     if (result != AAFRESULT_SUCCESS) return result;
-    auto* event = new Transition();
+    Transition* event = context->sequence.events.make<Transition>().release();
     event->cutPoint = cutPoint;
     return append(*target, event, length);
 }
@@ -137,7 +137,7 @@ AAFRESULT AppendEffect(uint32_t track, uint32_t effectType, int64_t length, cons
     if (keyFrameCount > 0 && (!keyFrames || uint32_t(keyFrameCount) > valueCount)) return AAFRESULT_INVALID_PARAM;
     bool isSpeed = effectType == kEffectSpeed || effectType == kEffectSpeedAlternate;
 
-    auto* effect = new Effect();
+    Effect* effect = context->sequence.events.make<Effect>().release();
     effect->numInputs = 1;
     effect->effectType = effectType;
     effect->speed = isSpeed ? values[0] : 1.0;

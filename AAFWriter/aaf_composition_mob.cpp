@@ -145,7 +145,7 @@ AAFRESULT EndComposition(void* untypedContext) {
     aafkit::addMob(file, mob);
     for (size_t i = 0; i < composition.tracks.size(); ++i) {
         appendTrackSlot(mob, int(i), context);
-        deleteEvents(composition.tracks[i]);
+        composition.events.destroy(composition.tracks[i]);
     }
     if (!composition.markers.empty()) appendMarkerSlot(mob, context);
     return result;

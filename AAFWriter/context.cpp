@@ -40,6 +40,6 @@ AAFRESULT CreateAafWriterContext(AafWriterContext** context) {
 void FreeAafWriterContext(AafWriterContext* context) {
     if (!context) return;
     // Events still held (never written) belong to the context as well.
-    for (Track& track : context->sequence.tracks) deleteEvents(track);
+    for (Track& track : context->sequence.tracks) context->sequence.events.destroy(track);
     delete context;
 }

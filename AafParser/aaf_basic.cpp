@@ -103,7 +103,7 @@ AAFRESULT OpenAafFile(const wchar_t* path, AafParseContext** context) {
 }
 
 void CloseFile(AafParseContext* context) {
-    for (Track& track : context->sequence.tracks) deleteEvents(track);
+    for (Track& track : context->sequence.tracks) context->sequence.events.destroy(track);
     context->sequence.tracks.clear();
     releaseSession(*context);
     delete context;

@@ -2,6 +2,7 @@
 
 #include <cmath>
 #include <memory>
+#include <utility>
 
 #include "aafkit/Mobs.h"
 #include "aafkit/ResultCodes.h"
@@ -71,8 +72,8 @@ AAFRESULT readTrackHeader(const Object& slot, Track& track) {
     return AAFRESULT_SUCCESS;
 }
 
-AAFRESULT appendTransition(const Object& component, Track& track, double scale) {
-    auto transition = std::make_unique<Transition>();
+AAFRESULT appendTransition(const Object& component, Track& track, Events& events, double scale) {
+    auto transition = events.make<Transition>();
     transition->speed = scale;
     AAFRESULT result = requiredProperty(aafkit::getInt64(component, PID_Transition_CutPoint, transition->cutPoint),
                                         component, PID_Transition_CutPoint);
@@ -86,16 +87,17 @@ void processSequence(const Object& sequenceObject, Track& track, Sequence& seque
                      double scale) {
     const std::vector<Object*>* components = nullptr;
     if (AAF_FAILED(requiredObjects(sequenceObject, PID_Sequence_Components, components))) return;
+    track.events.reserve(track.events.size() + components->size());
     for (Object* component : *components) {
         if (component->isA(AUID_AAFSegment))
             ProcessSegment(*component, track, sequence, context, scale);
-        else if (component->isA(AUID_AAFTransition) && appendTransition(*component, track, scale) != AAFRESULT_SUCCESS)
+        else if (component->isA(AUID_AAFTransition) && appendTransition(*component, track, sequence.events, scale) != AAFRESULT_SUCCESS)
             return;
     }
 }
 
-void processFiller(const Object& filler, Track& track, double scale) {
-    auto event = std::make_unique<Filler>();
+void processFiller(const Object& filler, Track& track, Events& events, double scale) {
+    auto event = events.make<Filler>();
     event->speed = scale;
     if (AAF_FAILED(aafkit::getInt64(filler, PID_Component_Length, event->length))) return;
     track.events.push_back(event.release());
@@ -140,9 +142,9 @@ AAFRESULT ProcessSlot(Sequence& sequence, const Object& slot, AafParseContext& c
     if (readTrackHeader(slot, track) != AAFRESULT_SUCCESS) return AAFRESULT_SUCCESS;
     ProcessSegment(*segment, track, sequence, context, 1.0);
     if (slot.isA(AUID_AAFTimelineMobSlot))
-        sequence.tracks.push_back(track);
+        sequence.tracks.push_back(std::move(track));
     else
-        deleteEvents(track);
+        sequence.events.destroy(track);
     return AAFRESULT_SUCCESS;
 }
 
@@ -153,7 +155,7 @@ AAFRESULT ProcessSegment(const Object& segment, Track& track, Sequence& sequence
     else if (segment.isA(AUID_AAFSourceClip))
         ProcessSourceClip(segment, track, context, scale);
     else if (segment.isA(AUID_AAFFiller))
-        processFiller(segment, track, scale);
+        processFiller(segment, track, sequence.events, scale);
     else if (segment.isA(AUID_AAFEvent))
         processEvent(segment, sequence);
     else if (segment.isA(AUID_AAFOperationGroup))

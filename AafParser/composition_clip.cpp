@@ -76,7 +76,7 @@ AAFRESULT readClip(const Object& sourceClip, TrackClip& clip, Track& track, AafP
 }  // namespace
 
 void ProcessSourceClip(const Object& sourceClip, Track& track, AafParseContext& context, double scale) {
-    auto clip = std::make_unique<TrackClip>();
+    auto clip = context.sequence.events.make<TrackClip>();
     clip->speed = scale;
     if (readClip(sourceClip, *clip, track, context) == AAFRESULT_SUCCESS) track.events.push_back(clip.release());
 }

@@ -91,7 +91,7 @@ AAFRESULT ProcessOperationGroup(const Object& group, Track& track, Sequence& seq
     if (AAF_FAILED(getInputSegments(group, inputs)) ||
         AAF_FAILED(aafkit::getReferenced(group, PID_OperationGroup_Operation, definition)))
         return AAFRESULT_SUCCESS;
-    auto effect = std::make_unique<Effect>();
+    auto effect = sequence.events.make<Effect>();
     aafkit::getInt64(group, PID_Component_Length, effect->length);
     // An unreadable definition drops the effect before any input reaches the track.
     if (readDefinition(*definition, *effect) != AAFRESULT_SUCCESS) return AAFRESULT_SUCCESS;

@@ -4,6 +4,7 @@
 #include <cwchar>
 #include <vector>
 
+#include "Events.h"
 #include "Marker.h"
 #include "Text.h"
 #include "Track.h"
@@ -14,6 +15,7 @@ struct Sequence {
     uint8_t dropFrame = 0;
     double frameRate = 0.0;
     std::vector<Track> tracks;
+    Events events;  // the tracks' events
     std::vector<Marker> markers;
     int64_t timecodeLength = 0;
     wchar_t name[kTextLength] = {};

@@ -1,6 +1,6 @@
 #pragma once
-// One track: events in timeline order. Copies share the event pointers; events are
-// deleted explicitly by whoever owns the sequence (see deleteEvents).
+// One track: events in timeline order. Copies share the event pointers; the events
+// belong to the sequence's Events, which destroys them.
 #include <cstdint>
 #include <vector>
 
@@ -13,5 +13,3 @@ struct Track {
     uint8_t isVideo = 0;
 };
 
-// Deletes every event of the track exactly once and empties its list.
-void deleteEvents(Track& track);

@@ -1,0 +1,6 @@
+#include "Events.h"
+
+void Events::destroy(Track& track) {
+    for (TrackEvent* event : track.events) Destroy()(event);
+    track.events.clear();
+}

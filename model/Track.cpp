@@ -1,6 +1,0 @@
-#include "Track.h"
-
-void deleteEvents(Track& track) {
-    for (TrackEvent* event : track.events) delete event;
-    track.events.clear();
-}
