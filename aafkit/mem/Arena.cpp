@@ -41,7 +41,7 @@ void* Arena::carve(size_t size) {
         next_ = static_cast<char*>(hugePageResource()->allocate(blockSize, kGranule));
         blocks_.push_back({next_, blockSize});
         left_ = blockSize;
-        nextBlockSize_ = std::min(blockSize * 2, kLargestBlock);
+        nextBlockSize_ = std::min(blockSize * 4, kLargestBlock);  // soon at huge-page size
     }
     void* carved = next_;
     next_ += size;

@@ -27,7 +27,6 @@ public:
 
     // Loads the object's properties (only those in `onlyPids` when given), then everything they reach.
     Status loadTree(const cfb::DirectoryEntry& storage, Object& object, const std::vector<uint16_t>* onlyPids);
-    const std::vector<Object*>& created() const { return created_; }
     // The model has learnt the file's own classes: classes found so far may be stale.
     void modelChanged() { classes_.clear(); }
 
@@ -50,7 +49,6 @@ private:
 
     const cfb::CompoundFileReader& cfb_;
     ObjectStore& store_;
-    std::vector<Object*> created_;
     std::vector<Pending> pending_;
     std::vector<uint8_t> properties_;  // reused: one object's stream is done before the next is read
     std::vector<uint8_t> index_;
@@ -163,7 +161,6 @@ Status ObjectLoader::addChild(const Pending& item, const std::string& name, Prop
     if (item.depth >= kMaxDepth) return Status::error("objects nested too deeply at \"" + name + "\"");
     out = store_.newObject(decodeAuid(cfb_.clsid(*child)), classOf(*child));
     out->attach(item.object, p.pid);
-    created_.push_back(out);
     pending_.push_back({child, out, item.depth + 1});
     return Status();
 }
@@ -271,7 +268,10 @@ Status Loader::load(const cfb::CompoundFileReader& cfb, ObjectStore& store) {
         if (Status s = readMetaDictionary(*metaDictionary, store.model()); !s) return s;
     // Objects made before the declarations were known get their classes now.
     loader.modelChanged();
-    for (Object* object : loader.created()) object->setClassDef(store.model().findClass(object->classId()));
+    for (size_t i = 0; i < store.objectCount(); ++i) {
+        Object& object = store.objectAt(i);
+        object.setClassDef(store.model().findClass(object.classId()));
+    }
     const std::vector<uint16_t> rest{meta::kRootHeaderPid};
     if (Status s = loader.loadTree(rootEntry, *root, &rest); !s) return s;
     if (!strongChild(root, meta::kRootHeaderPid)) return Status::error("the file has no Header object");

@@ -36,6 +36,7 @@ public:
     Object* newObject(const aafUID_t& classId, const meta::ClassDef* classDef);
     size_t objectCount() const { return objects_.size(); }
     const Object& objectAt(size_t i) const { return objects_[i]; }
+    Object& objectAt(size_t i) { return objects_[i]; }
 
     // Weak references: the path table and resolution.
     uint32_t internPath(const std::vector<uint16_t>& pids);
