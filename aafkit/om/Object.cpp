@@ -7,10 +7,12 @@
 namespace aafkit {
 
 
+// By the ancestors' ids, not by looking the base up first: the composition walk asks
+// this several times of each of a hundred thousand objects.
 bool Object::isA(const aafUID_t& baseClassId) const {
-    if (!classDef_) return false;
-    const meta::ClassDef* base = store_->model().findClass(baseClassId);
-    return base && classDef_->isA(base);
+    for (const meta::ClassDef* c = classDef_; c; c = c->parent)
+        if (c->id == baseClassId) return true;
+    return false;
 }
 
 const Property* Object::find(uint16_t pid) const {
