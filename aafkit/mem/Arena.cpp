@@ -5,31 +5,70 @@
 
 #include "aafkit/mem/HugePageResource.h"
 
+#if defined(__SANITIZE_ADDRESS__)
+#define AAFKIT_ARENA_POISONS 1
+#elif defined(__has_feature)
+#if __has_feature(address_sanitizer)
+#define AAFKIT_ARENA_POISONS 1
+#endif
+#endif
+#ifdef AAFKIT_ARENA_POISONS
+#include <sanitizer/asan_interface.h>
+#endif
+
 namespace aafkit::mem {
 namespace {
 
 size_t roundUp(size_t bytes, size_t granule) { return (bytes + granule - 1) / granule * granule; }
 
+// Under AddressSanitizer, what the arena has not handed out is unreadable, so that a
+// use after destruction or past the end of a block is reported as the heap's would be.
+void poison(const void* start, size_t size) {
+#ifdef AAFKIT_ARENA_POISONS
+    ASAN_POISON_MEMORY_REGION(start, size);
+#else
+    (void)start, (void)size;
+#endif
+}
+
+void unpoison(const void* start, size_t size) {
+#ifdef AAFKIT_ARENA_POISONS
+    ASAN_UNPOISON_MEMORY_REGION(start, size);
+#else
+    (void)start, (void)size;
+#endif
+}
+
 }  // namespace
 
 Arena::~Arena() {
-    for (const Block& block : blocks_) hugePageResource()->deallocate(block.start, block.size);
+    for (const Block& block : blocks_) {
+        unpoison(block.start, block.size);
+        hugePageResource()->deallocate(block.start, block.size);
+    }
 }
 
 void* Arena::do_allocate(size_t bytes, size_t alignment) {
     if (!pooled(bytes, alignment)) return std::pmr::new_delete_resource()->allocate(bytes, alignment);
     const size_t size = roundUp(bytes == 0 ? 1 : bytes, kGranule);
+    void* given = nullptr;
     if (FreeBlock*& head = free_[size / kGranule]) {
         FreeBlock* reused = head;
         head = reused->next;
-        return reused;
+        given = reused;
+    } else {
+        given = carve(size);
     }
-    return carve(size);
+    unpoison(given, bytes);
+    return given;
 }
 
 void Arena::do_deallocate(void* p, size_t bytes, size_t alignment) {
     if (!pooled(bytes, alignment)) return std::pmr::new_delete_resource()->deallocate(p, bytes, alignment);
-    FreeBlock*& head = free_[roundUp(bytes == 0 ? 1 : bytes, kGranule) / kGranule];
+    const size_t size = roundUp(bytes == 0 ? 1 : bytes, kGranule);
+    poison(p, size);
+    unpoison(p, sizeof(FreeBlock));
+    FreeBlock*& head = free_[size / kGranule];
     head = new (p) FreeBlock{head};
 }
 
@@ -39,6 +78,7 @@ void* Arena::carve(size_t size) {
     if (left_ < size) {
         const size_t blockSize = nextBlockSize_;
         next_ = static_cast<char*>(hugePageResource()->allocate(blockSize, kGranule));
+        poison(next_, blockSize);
         blocks_.push_back({next_, blockSize});
         left_ = blockSize;
         nextBlockSize_ = std::min(blockSize * 4, kLargestBlock);  // soon at huge-page size

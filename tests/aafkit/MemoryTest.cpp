@@ -80,6 +80,25 @@ TEST(Arena, ContainersGrowAndShrinkThroughIt) {
     EXPECT_GT(total, 0u);
 }
 
+#if defined(__SANITIZE_ADDRESS__)
+constexpr bool kAddressSanitizer = true;
+#else
+constexpr bool kAddressSanitizer = false;
+#endif
+
+// The arena hands out parts of large blocks, which the sanitizer cannot see into
+// unless the arena marks them.
+TEST(Arena, ReadsPastABlockOrAfterItIsGivenBackAreCaughtUnderAddressSanitizer) {
+    if (!kAddressSanitizer) GTEST_SKIP() << "needs an AddressSanitizer build";
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    aafkit::mem::Arena arena;
+    auto* block = static_cast<volatile uint8_t*>(arena.allocate(24, 8));
+    block[23] = 1;
+    EXPECT_DEATH(block[26] = 1, "use-after-poison");
+    arena.deallocate(const_cast<uint8_t*>(block), 24, 8);
+    EXPECT_DEATH(block[16] = 1, "use-after-poison");
+}
+
 TEST(HugePageResource, LargeAllocationsAreAlignedWritableAndDistinct) {
     std::pmr::memory_resource* memory = aafkit::mem::hugePageResource();
     const size_t sizes[] = {100, (size_t(2) << 20) - 1, size_t(2) << 20, (size_t(5) << 20) + 3};
