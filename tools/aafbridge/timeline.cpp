@@ -1,10 +1,11 @@
 // aafbridge timeline FILE [--json]: the composition exactly as a host reads it through
 // the exported reader functions, as readable text or as JSON, printed while it is read so
 // that memory follows the reader's, not the size of what is printed.
-#include <iostream>
+#include <ostream>
 #include <nlohmann/json.hpp>
 #include <string>
 
+#include "BufferedStdout.h"
 #include "Commands.h"
 #include "HostView.h"
 #include "IndentedJson.h"
@@ -76,7 +77,8 @@ int runTimeline(const Invocation& invocation) {
     const std::string& path = invocation.operand(0);
     const ParsedFile file = parseFileOrReport(invocation, path);
     if (!file) return kExitFailure;
-    std::ostream& out = std::cout;
+    BufferedStdout buffer;
+    std::ostream out(&buffer);
     try {
         if (invocation.has("--json"))
             printJson(out, file.get());
