@@ -1,13 +1,18 @@
 // aafbridge timeline shows what a host reads through the exported functions:
-// its JSON agrees with the reference reads of every sample, and the README's
-// main job (demo, then timeline) shows the demo composition.
+// its JSON agrees with the reference reads of every sample and is, byte for byte, the
+// view the OpenTimelineIO export reads whole; the README's main job (demo, then
+// timeline) shows the demo composition; files it cannot show are reported, not crashed on.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <fstream>
+#include <functional>
 #include <nlohmann/json.hpp>
 
+#include "HostView.h"
 #include "ToolRunner.h"
+#include "aafbridge/aaf_writer.h"
 #include "support/SampleFiles.h"
 
 using Json = nlohmann::json;
@@ -94,6 +99,99 @@ TEST(TimelineCommand, NamesAFileItCannotOpen) {
     const testsupport::ToolRun run = testsupport::runTool("timeline /nonexistent.aaf");
     EXPECT_NE(run.exitCode, 0);
     EXPECT_NE(run.output.find("/nonexistent.aaf"), std::string::npos) << run.output;
+
+    const std::string notAaf = testsupport::testFile(".aaf");
+    std::ofstream(notAaf) << "not a compound file";
+    const testsupport::ToolRun refused = testsupport::runTool("timeline " + notAaf);
+    EXPECT_EQ(refused.exitCode, 1);
+    EXPECT_NE(refused.output.find("cannot open " + notAaf + " as an AAF file"), std::string::npos) << refused.output;
+    std::remove(notAaf.c_str());
+}
+
+// A file written through the exported writer, filled by `fill`.
+void writeFile(const std::string& path, const std::function<void(AafWriterContext*)>& fill) {
+    AafWriterContext* context = nullptr;
+    ASSERT_EQ(CreateAafWriterContext(&context), 0);
+    fill(context);
+    EXPECT_EQ(WriteAafFile(std::wstring(path.begin(), path.end()).c_str(), context), 0) << path;
+    FreeAafWriterContext(context);
+}
+
+// What timeline --json prints is the view readHostView keeps whole, dumped.
+void expectPrintsTheWholeView(const std::string& path) {
+    nlohmann::ordered_json view;
+    ASSERT_EQ(readHostView(path, view), 0) << path;
+    const std::string whole = view.dump(2) + "\n";
+    const testsupport::ToolRun run = testsupport::runTool("timeline " + testsupport::quoted(path) + " --json", false);
+    EXPECT_EQ(run.exitCode, 0) << path;
+    const auto differ = std::mismatch(whole.begin(), whole.end(), run.output.begin(), run.output.end());
+    EXPECT_TRUE(run.output == whole) << path << " differs from byte " << differ.first - whole.begin() << ": "
+                                     << run.output.substr(differ.second - run.output.begin(), 80);
+}
+
+TEST(TimelineCommand, PrintsExactlyTheViewTheExportReads) {
+    const std::string demo = testsupport::testFile(".aaf");
+    std::remove(demo.c_str());
+    ASSERT_EQ(testsupport::runTool("demo " + demo).exitCode, 0);
+    expectPrintsTheWholeView(demo);
+    std::remove(demo.c_str());
+    for (const std::string& path : testsupport::sampleFiles()) expectPrintsTheWholeView(path);
+}
+
+TEST(TimelineCommand, PrintsEmptyPartsAsEmptyArrays) {
+    const std::string emptyTrack = testsupport::testFile("-track.aaf"), nothing = testsupport::testFile("-none.aaf");
+    writeFile(emptyTrack, [](AafWriterContext* c) {
+        InitComposition(25, 1, 1000, false, 0, L"Empty", c);
+        AddTrackToComposition(true, 25.0, c);
+    });
+    writeFile(nothing, [](AafWriterContext*) {});
+
+    const Json track = timeline(emptyTrack);
+    ASSERT_FALSE(track.is_discarded());
+    EXPECT_EQ(track["clips"], Json::array());
+    EXPECT_EQ(track["markers"], Json::array());
+    ASSERT_EQ(track["tracks"].size(), 1u);
+    EXPECT_EQ(track["tracks"][0]["events"], Json::array());
+    const Json none = timeline(nothing);
+    ASSERT_FALSE(none.is_discarded());
+    EXPECT_EQ(none["tracks"], Json::array());
+    expectPrintsTheWholeView(emptyTrack);
+    expectPrintsTheWholeView(nothing);
+
+    const testsupport::ToolRun text = testsupport::runTool("timeline " + emptyTrack);
+    EXPECT_EQ(text.exitCode, 0);
+    EXPECT_NE(text.output.find("clips: 0\nmarkers: 0\ntracks: 1\n  track 0: "), std::string::npos) << text.output;
+    EXPECT_NE(text.output.find(", 0 events\n"), std::string::npos) << text.output;
+    std::remove(emptyTrack.c_str());
+    std::remove(nothing.c_str());
+}
+
+// A lone UTF-16 surrogate in the file cannot be printed as UTF-8: both forms say so and
+// fail, where they used to terminate.
+TEST(TimelineCommand, ReportsTextItCannotShowInsteadOfCrashing) {
+    const wchar_t unpaired[] = {L'A', wchar_t(0xD800), L'B', 0};
+    const std::string clipName = testsupport::testFile("-clip.aaf"), markerText = testsupport::testFile("-marker.aaf");
+    writeFile(clipName, [&](AafWriterContext* c) {
+        InitComposition(25, 1, 1000, false, 0, L"Cut", c);
+        const int32_t clip = AddClip(unpaired, L"/media/a.mov", 100, 0, false, nullptr, nullptr, 25, 1, c);
+        AddClipTrack(clip, true, 25, 1, 100, c);
+        AppendClipToTrack(AddTrackToComposition(true, 25.0, c), 0, 100, false, clip, 1, c);
+    });
+    writeFile(markerText, [&](AafWriterContext* c) {
+        InitComposition(25, 1, 1000, false, 0, L"Cut", c);
+        AddTrackToComposition(true, 25.0, c);
+        AddMarker(5, unpaired, c);
+    });
+    for (const std::string& path : {clipName, markerText})
+        for (const char* form : {"", " --json"}) {
+            const testsupport::ToolRun run = testsupport::runTool("timeline " + path + form);
+            EXPECT_EQ(run.exitCode, 1) << path << form << run.output;
+            EXPECT_NE(run.output.find("aafbridge timeline: cannot show all of " + path + ": it holds text that is not valid Unicode"),
+                      std::string::npos)
+                << run.output;
+        }
+    std::remove(clipName.c_str());
+    std::remove(markerText.c_str());
 }
 
 }  // namespace
