@@ -7,6 +7,7 @@
 #include <filesystem>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "ChildProcess.h"
 #include "aafbridge/aaf_reader.h"
@@ -162,6 +163,29 @@ void ReadLargeTimelineBack(benchmark::State& state) {
     std::remove(path.c_str());
 }
 BENCHMARK(ReadLargeTimelineBack)->Unit(benchmark::kMillisecond)->Iterations(3);
+
+// `aafbridge timeline` on the same file, as text (json:0) and as JSON (json:1), each run a
+// process of its own: it prints while it reads, so its peak is the read's, not the output's.
+void TimelineOfLargeFile(benchmark::State& state) {
+    const std::string path = outputPath("bench_writer_timeline.aaf");
+    if (!runChild({g_self, "--write-only", path}).ok) {
+        state.SkipWithError("the write failed");
+        return;
+    }
+    std::vector<std::string> command = {AAFBRIDGE_TOOL, "timeline", path};
+    if (state.range(0) != 0) command.push_back("--json");
+    ChildRun run;
+    for (auto _ : state) {
+        if (!(run = runChild(command)).ok) {
+            state.SkipWithError("timeline failed");
+            break;
+        }
+        state.SetIterationTime(run.seconds);
+    }
+    state.counters["peak_MiB"] = run.peakMiB;
+    std::remove(path.c_str());
+}
+BENCHMARK(TimelineOfLargeFile)->ArgName("json")->Arg(0)->Arg(1)->UseManualTime()->Unit(benchmark::kMillisecond)->Iterations(3);
 
 }  // namespace
 
