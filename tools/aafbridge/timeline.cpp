@@ -20,10 +20,10 @@ std::string list(const Json& values) {
     return "[" + out + "]";
 }
 
-void printClip(std::ostream& out, uint32_t index, const Json& c) {
-    out << "  [" << index << "] " << c["id"].get<std::string>() << " " << c["name"] << " "
-        << c["type"].get<std::string>() << " path " << c["path"] << " tracks";
-    for (const Json& tr : c["tracks"]) out << " " << tr["slot"] << (tr["video"].get<bool>() ? ":video" : ":audio");
+void printClip(std::ostream& out, uint32_t index, const Json& clip) {
+    out << "  [" << index << "] " << clip["id"].get<std::string>() << " " << clip["name"] << " "
+        << clip["type"].get<std::string>() << " path " << clip["path"] << " tracks";
+    for (const Json& tr : clip["tracks"]) out << " " << tr["slot"] << (tr["video"].get<bool>() ? ":video" : ":audio");
     out << "\n";
 }
 
