@@ -166,6 +166,8 @@ BENCHMARK(ReadLargeTimelineBack)->Unit(benchmark::kMillisecond)->Iterations(3);
 
 // `aafbridge timeline` on the same file, as text (json:0) and as JSON (json:1), each run a
 // process of its own: it prints while it reads, so its peak is the read's, not the output's.
+// Run it alone (--benchmark_filter=TimelineOfLargeFile): a child is charged the peak of the
+// process that starts it, which the benchmarks before it raise to the write's.
 void TimelineOfLargeFile(benchmark::State& state) {
     const std::string path = outputPath("bench_writer_timeline.aaf");
     if (!runChild({g_self, "--write-only", path}).ok) {
