@@ -19,15 +19,16 @@ constexpr AAFRESULT kInvalid = AAFRESULT(0x80000003u);
 class Queries : public testing::Test {
 protected:
     void SetUp() override {
-        clip = new TrackClip;
+        Events& events = c->sequence.events;
+        clip = events.make<TrackClip>().release();
         clip->length = 100;
         clip->inPoint = 3;
         clip->clipName = c->texts.text(L"ABCDEFGHIJ");
-        auto* filler = new Filler;
-        transition = new Transition;
+        Filler* filler = events.make<Filler>().release();
+        transition = events.make<Transition>().release();
         transition->length = 5;
         transition->cutPoint = 2;
-        effect = new Effect;
+        effect = events.make<Effect>().release();
         effect->length = 48;
         effect->inputs = {clip, filler};
         effect->keyFrames = {0.0, 0.5, 1.0};
