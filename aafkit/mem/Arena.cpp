@@ -23,19 +23,14 @@ size_t roundUp(size_t bytes, size_t granule) { return (bytes + granule - 1) / gr
 
 // Under AddressSanitizer, what the arena has not handed out is unreadable, so that a
 // use after destruction or past the end of a block is reported as the heap's would be.
-void poison(const void* start, size_t size) {
+void markReadable(const void* start, size_t size, bool readable) {
 #ifdef AAFKIT_ARENA_POISONS
-    ASAN_POISON_MEMORY_REGION(start, size);
+    if (readable)
+        ASAN_UNPOISON_MEMORY_REGION(start, size);
+    else
+        ASAN_POISON_MEMORY_REGION(start, size);
 #else
-    (void)start, (void)size;
-#endif
-}
-
-void unpoison(const void* start, size_t size) {
-#ifdef AAFKIT_ARENA_POISONS
-    ASAN_UNPOISON_MEMORY_REGION(start, size);
-#else
-    (void)start, (void)size;
+    (void)start, (void)size, (void)readable;
 #endif
 }
 
@@ -43,7 +38,7 @@ void unpoison(const void* start, size_t size) {
 
 Arena::~Arena() {
     for (const Block& block : blocks_) {
-        unpoison(block.start, block.size);
+        markReadable(block.start, block.size, true);
         hugePageResource()->deallocate(block.start, block.size);
     }
 }
@@ -59,15 +54,15 @@ void* Arena::do_allocate(size_t bytes, size_t alignment) {
     } else {
         given = carve(size);
     }
-    unpoison(given, bytes);
+    markReadable(given, bytes, true);
     return given;
 }
 
 void Arena::do_deallocate(void* p, size_t bytes, size_t alignment) {
     if (!pooled(bytes, alignment)) return std::pmr::new_delete_resource()->deallocate(p, bytes, alignment);
     const size_t size = roundUp(bytes == 0 ? 1 : bytes, kGranule);
-    poison(p, size);
-    unpoison(p, sizeof(FreeBlock));
+    markReadable(p, size, false);
+    markReadable(p, sizeof(FreeBlock), true);
     FreeBlock*& head = free_[size / kGranule];
     head = new (p) FreeBlock{head};
 }
@@ -78,7 +73,7 @@ void* Arena::carve(size_t size) {
     if (left_ < size) {
         const size_t blockSize = nextBlockSize_;
         next_ = static_cast<char*>(hugePageResource()->allocate(blockSize, kGranule));
-        poison(next_, blockSize);
+        markReadable(next_, blockSize, false);
         blocks_.push_back({next_, blockSize});
         left_ = blockSize;
         nextBlockSize_ = std::min(blockSize * 4, kLargestBlock);  // soon at huge-page size

@@ -177,7 +177,7 @@ Status ObjectLoader::loadVector(const Pending& item, Property& p) {
         uint32_t localKey = 0;
         in.u32(localKey);
         Object* child = nullptr;
-        if (Status s = addChild(item, base + "{" + hexText(localKey) + "}", p, child); !s) return s;
+        if (Status s = addChild(item, elementName(base, localKey), p, child); !s) return s;
         p.objects().push_back(child);
     }
     return Status();
@@ -200,7 +200,7 @@ Status ObjectLoader::loadSet(const Pending& item, Property& p) {
         in.u32(references);
         in.bytes(p.keySize, key);
         Object* child = nullptr;
-        if (Status s = addChild(item, base + "{" + hexText(localKey) + "}", p, child); !s) return s;
+        if (Status s = addChild(item, elementName(base, localKey), p, child); !s) return s;
         elements.emplace_back(Bytes(key, p.keySize), child);
     }
     // Sets enumerate in key order, whatever order the file stored them in.

@@ -90,7 +90,7 @@ void ObjectSaver::saveVector(const Property& p, uint32_t storage, const std::str
     for (uint32_t i = 0; i < p.objects().size(); ++i) w.u32(i);
     out_.addStream(storage, base + " index", index);
     for (uint32_t i = 0; i < p.objects().size(); ++i)
-        saveChild(*p.objects()[i], storage, base + "{" + hexText(i) + "}");
+        saveChild(*p.objects()[i], storage, elementName(base, uint32_t(i)));
 }
 
 Status ObjectSaver::saveSet(const Property& p, uint32_t storage, const std::string& base) {
@@ -112,7 +112,7 @@ Status ObjectSaver::saveSet(const Property& p, uint32_t storage, const std::stri
     }
     out_.addStream(storage, base + " index", index);
     for (uint32_t i = 0; i < p.objects().size(); ++i)
-        saveChild(*p.objects()[i], storage, base + "{" + hexText(i) + "}");
+        saveChild(*p.objects()[i], storage, elementName(base, uint32_t(i)));
     return Status();
 }
 

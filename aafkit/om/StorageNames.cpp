@@ -24,6 +24,13 @@ std::string hexText(uint32_t value) {
     return std::string(at, end);
 }
 
+std::string elementName(const std::string& base, uint32_t localKey) {
+    std::string name;
+    name.reserve(base.size() + 10);  // one allocation: a large file names a hundred thousand elements
+    name.append(base).append(1, '{').append(hexText(localKey)).append(1, '}');
+    return name;
+}
+
 std::string mangledName(const std::string& propertyName, uint16_t pid, size_t maxLength) {
     const std::string hex = hexText(pid);
     std::string name;

@@ -11,6 +11,9 @@ std::string hexText(uint32_t value);
 
 std::string mangledName(const std::string& propertyName, uint16_t pid, size_t maxLength);
 
+// The storage of a collection's element: "<base>{<local key in hex>}".
+std::string elementName(const std::string& base, uint32_t localKey);
+
 struct Property;
 
 // The storage or stream name a loaded property stores as its value: the base name
