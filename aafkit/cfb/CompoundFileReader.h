@@ -16,6 +16,7 @@
 #include "aafkit/cfb/DirectoryEntry.h"
 #include "aafkit/io/InputFile.h"
 #include "aafkit/mem/HugePageResource.h"
+#include "aafkit/mem/TableResource.h"
 
 namespace aafkit::cfb {
 
@@ -84,10 +85,10 @@ private:
     AllocationTable fat_;
     AllocationTable miniFat_;
     std::vector<uint32_t> miniStreamSectors_;
-    std::pmr::vector<DirectoryEntry> entries_{mem::hugePageResource()};
+    std::pmr::vector<DirectoryEntry> entries_{mem::tableResource()};
     std::pmr::string names_{mem::hugePageResource()};  // every entry's name, one after another
     std::vector<ClassId> clsids_;                       // distinct class ids; the first is all zeros
-    std::pmr::vector<uint32_t> children_{mem::hugePageResource()};  // each storage's children together, by name
+    std::pmr::vector<uint32_t> children_{mem::tableResource()};  // each storage's children together, by name
 
     // Metadata is read in pieces of 64 to 4096 bytes, mostly in file order: small
     // reads go through a cache of aligned blocks, large ones straight to the file.

@@ -4,6 +4,7 @@
 #include <new>
 
 #include "aafkit/mem/HugePageResource.h"
+#include "aafkit/mem/Populate.h"
 
 #if defined(__SANITIZE_ADDRESS__)
 #define AAFKIT_ARENA_POISONS 1
@@ -76,12 +77,23 @@ void* Arena::carve(size_t size) {
         markReadable(next_, blockSize, false);
         blocks_.push_back({next_, blockSize});
         left_ = blockSize;
+        populatedLeft_ = 0;
         nextBlockSize_ = std::min(blockSize * 4, kLargestBlock);  // soon at huge-page size
     }
+    if (populatedLeft_ < size) populateAhead();
+    populatedLeft_ -= size;
     void* carved = next_;
     next_ += size;
     left_ -= size;
     return carved;
+}
+
+// Pages are populated a step ahead of what is carved, never more: the last block of
+// a small file is mostly unused.
+void Arena::populateAhead() {
+    const size_t step = std::min(kPopulateStep, left_) - populatedLeft_;
+    populate(next_ + populatedLeft_, step);
+    populatedLeft_ += step;
 }
 
 }  // namespace aafkit::mem

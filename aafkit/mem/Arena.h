@@ -23,6 +23,7 @@ private:
     static constexpr size_t kLargest = 4096;         // larger blocks come from the heap
     static constexpr size_t kFirstBlock = 64 * 1024;  // small files stay small
     static constexpr size_t kLargestBlock = size_t(2) << 20;
+    static constexpr size_t kPopulateStep = 64 * 1024;
 
     struct Block {
         void* start;
@@ -37,11 +38,13 @@ private:
     bool do_is_equal(const std::pmr::memory_resource& other) const noexcept override { return this == &other; }
     static bool pooled(size_t bytes, size_t alignment) { return bytes <= kLargest && alignment <= kGranule; }
     void* carve(size_t size);
+    void populateAhead();
 
     std::array<FreeBlock*, kLargest / kGranule + 1> free_{};  // given-back blocks by size / kGranule
     std::vector<Block> blocks_;
     char* next_ = nullptr;
     size_t left_ = 0;
+    size_t populatedLeft_ = 0;  // of left_, how much is already backed by pages
     size_t nextBlockSize_ = kFirstBlock;
 };
 
