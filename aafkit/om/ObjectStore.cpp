@@ -6,15 +6,12 @@
 
 namespace aafkit {
 
-namespace {
-
-std::string resolveCacheKey(uint32_t pathId, const Bytes& key) {
-    std::string k(reinterpret_cast<const char*>(&pathId), sizeof pathId);
-    k.append(key.begin(), key.end());
-    return k;
+// FNV-1a over the key's bytes, seeded with the set.
+size_t ObjectStore::ResolveKeyHash::operator()(const ResolveKey& k) const {
+    uint64_t hash = 0xcbf29ce484222325ull ^ k.pathId;
+    for (uint8_t byte : k.key) hash = (hash ^ byte) * 0x100000001b3ull;
+    return size_t(hash);
 }
-
-}  // namespace
 
 Object* ObjectStore::newObject(const aafUID_t& classId, const meta::ClassDef* classDef) {
     return &objects_.emplace_back(*this, classId, classDef, &memory_);
@@ -37,7 +34,7 @@ uint32_t ObjectStore::internPath(const std::vector<uint16_t>& pids) {
 
 Object* ObjectStore::resolve(const WeakReference& reference) const {
     if (reference.pathId >= paths_.size()) return nullptr;
-    auto cached = resolveCache_.find(resolveCacheKey(reference.pathId, reference.key));
+    auto cached = resolveCache_.find(ResolveKey{reference.pathId, reference.key});
     if (cached != resolveCache_.end()) return cached->second;
     const std::vector<uint16_t>& path = paths_[reference.pathId];
     Object* holder = root_;
@@ -51,7 +48,7 @@ Object* ObjectStore::resolve(const WeakReference& reference) const {
         SetKey key;
         if (!setKeyOf(*element, key)) continue;
         if (key.bytes == reference.key) found = element;
-        resolveCache_.emplace(resolveCacheKey(reference.pathId, key.bytes), element);
+        resolveCache_.emplace(ResolveKey{reference.pathId, key.bytes}, element);
     }
     return found;
 }

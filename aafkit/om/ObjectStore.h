@@ -70,7 +70,16 @@ private:
     Object* root_ = nullptr;
     std::vector<std::vector<uint16_t>> paths_;
     uint64_t setsVersion_ = 0;
-    mutable std::unordered_map<std::string, Object*> resolveCache_;
+    // By set (path) and key; a key of up to 32 bytes, every AUID and MobID, is held inline.
+    struct ResolveKey {
+        uint32_t pathId;
+        Bytes key;
+        bool operator==(const ResolveKey& o) const { return pathId == o.pathId && key == o.key; }
+    };
+    struct ResolveKeyHash {
+        size_t operator()(const ResolveKey& k) const;
+    };
+    mutable std::unordered_map<ResolveKey, Object*, ResolveKeyHash> resolveCache_;
     std::unordered_map<const Object*, WeakReference> referenceCache_;
 };
 
