@@ -105,12 +105,14 @@ void addRoot(ModelStore& store) {
     }
 }
 
+// Built at the first open and kept to the end of the process: taking apart some
+// thousands of definitions at exit would only cost a short run its time.
 const ModelStore& builtinStore() {
-    static const ModelStore store = [] {
-        ModelStore s;
-        addTypes(s);
-        addClasses(s);
-        addRoot(s);
+    static const ModelStore& store = *[] {
+        auto* s = new ModelStore;
+        addTypes(*s);
+        addClasses(*s);
+        addRoot(*s);
         return s;
     }();
     return store;
