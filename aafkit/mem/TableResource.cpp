@@ -6,10 +6,14 @@
 namespace aafkit::mem {
 namespace {
 
+// A table of a few pages costs a few faults; the call would cost a host reading many
+// small files, whose tables reuse pages already there, about as much.
+constexpr size_t kWorthPopulating = 16 * 1024;
+
 class TableResource final : public std::pmr::memory_resource {
     void* do_allocate(size_t bytes, size_t alignment) override {
         void* table = hugePageResource()->allocate(bytes, alignment);
-        populate(table, bytes);
+        if (bytes >= kWorthPopulating) populate(table, bytes);
         return table;
     }
     void do_deallocate(void* p, size_t bytes, size_t alignment) override {
