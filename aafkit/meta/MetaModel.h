@@ -3,6 +3,7 @@
 // the file's MetaDictionary declares, plus what the writer registers.
 #include <cstdint>
 #include <deque>
+#include <memory_resource>
 #include <string>
 #include <unordered_map>
 #include <vector>
@@ -80,14 +81,18 @@ struct AuidKeyHash {
 // Definitions with their lookup indexes: the built-in model once per process,
 // and per file what the file declares on top of it.
 struct ModelStore {
-    std::deque<ClassDef> classes;
-    std::deque<TypeDef> types;
-    std::deque<PropertyDef> properties;
-    std::unordered_map<AuidKey, ClassDef*, AuidKeyHash> classesById;
-    std::unordered_map<std::string, ClassDef*> classesByName;
-    std::unordered_map<AuidKey, TypeDef*, AuidKeyHash> typesById;
-    std::unordered_map<AuidKey, PropertyDef*, AuidKeyHash> propertiesById;
-    std::unordered_map<uint16_t, PropertyDef*> propertiesByPid;
+    explicit ModelStore(std::pmr::memory_resource* memory = std::pmr::get_default_resource())
+        : classes(memory), types(memory), properties(memory), classesById(memory), classesByName(memory),
+          typesById(memory), propertiesById(memory), propertiesByPid(memory) {}
+
+    std::pmr::deque<ClassDef> classes;
+    std::pmr::deque<TypeDef> types;
+    std::pmr::deque<PropertyDef> properties;
+    std::pmr::unordered_map<AuidKey, ClassDef*, AuidKeyHash> classesById;
+    std::pmr::unordered_map<std::string, ClassDef*> classesByName;
+    std::pmr::unordered_map<AuidKey, TypeDef*, AuidKeyHash> typesById;
+    std::pmr::unordered_map<AuidKey, PropertyDef*, AuidKeyHash> propertiesById;
+    std::pmr::unordered_map<uint16_t, PropertyDef*> propertiesByPid;
 };
 
 class MetaModel {
