@@ -1,6 +1,6 @@
 // The arena behind a file's objects and the huge-page memory behind its large
 // tables: blocks must never overlap, must be reused only once given back, and
-// must come back aligned as asked.
+// must come back aligned as asked; populating pages must never change them.
 #include <gtest/gtest.h>
 
 #include <cstdint>
@@ -10,6 +10,8 @@
 
 #include "aafkit/mem/Arena.h"
 #include "aafkit/mem/HugePageResource.h"
+#include "aafkit/mem/Populate.h"
+#include "aafkit/mem/TableResource.h"
 
 namespace {
 
@@ -106,6 +108,26 @@ TEST(HugePageResource, LargeAllocationsAreAlignedWritableAndDistinct) {
     for (size_t size : sizes) allocations.push_back({static_cast<uint8_t*>(memory->allocate(size, 16)), size});
     EXPECT_TRUE(alignedTo(allocations[2].bytes, size_t(2) << 20));
     EXPECT_TRUE(alignedTo(allocations[3].bytes, size_t(2) << 20));
+    expectDisjoint(allocations);
+    for (const Allocation& a : allocations) memory->deallocate(a.bytes, a.size, 16);
+}
+
+// Populating rounds the range out to whole pages: what those pages already hold,
+// inside the range and around it, must survive.
+TEST(Populate, KeepsWhatThePagesAroundTheRangeHold) {
+    std::vector<uint8_t> bytes(5 * 4096 + 123);
+    for (size_t i = 0; i < bytes.size(); ++i) bytes[i] = uint8_t(i * 7 + 1);
+    const std::vector<uint8_t> before = bytes;
+    aafkit::mem::populate(bytes.data() + 100, 3 * 4096 + 5);
+    aafkit::mem::populate(bytes.data(), 0);
+    EXPECT_EQ(bytes, before);
+}
+
+TEST(TableResource, TablesSmallAndLargeAreWritableAndDistinct) {
+    std::pmr::memory_resource* memory = aafkit::mem::tableResource();
+    const size_t sizes[] = {10, 16 * 1024, 300 * 1024 + 7, (size_t(2) << 20) + 1};
+    std::vector<Allocation> allocations;
+    for (size_t size : sizes) allocations.push_back({static_cast<uint8_t*>(memory->allocate(size, 16)), size});
     expectDisjoint(allocations);
     for (const Allocation& a : allocations) memory->deallocate(a.bytes, a.size, 16);
 }
