@@ -2,8 +2,9 @@
 // Memory for the many small blocks of one owner (a file's objects and their
 // properties): carved in order from large blocks, reused by size when given back,
 // and all returned at once with the arena. A file of a hundred thousand objects
-// costs a few dozen large blocks instead of a heap allocation per object, and the
-// large blocks get huge pages (hugePageResource).
+// costs a few dozen large blocks instead of a heap allocation per object, the
+// large blocks get huge pages (hugePageResource), and pages are populated a step
+// ahead of what is handed out rather than faulted in one at a time.
 #include <array>
 #include <cstddef>
 #include <memory_resource>

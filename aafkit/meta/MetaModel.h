@@ -81,7 +81,7 @@ struct AuidKeyHash {
 // Definitions with their lookup indexes: the built-in model once per process,
 // and per file what the file declares on top of it.
 struct ModelStore {
-    explicit ModelStore(std::pmr::memory_resource* memory = std::pmr::get_default_resource())
+    explicit ModelStore(std::pmr::memory_resource* memory = std::pmr::new_delete_resource())
         : classes(memory), types(memory), properties(memory), classesById(memory), classesByName(memory),
           typesById(memory), propertiesById(memory), propertiesByPid(memory) {}
 
