@@ -102,7 +102,7 @@ Object& aafContainer(File& file) {
         return *container;
     std::wstring name = L"AAF";
     for (const meta::BaselineDefinition& row : meta::baselineDefinitions())
-        if (row.id == kAAFContainerDef_AAF) name.assign(row.name, row.name + std::strlen(row.name));
+        if (row.id == kAAFContainerDef_AAF) name = utf8ToWide(row.name.c_str());
     return registerDefinition(file, PID_Dictionary_ContainerDefinitions,
                               newDefinition(file, AUID_AAFContainerDefinition, kAAFContainerDef_AAF, name, L""));
 }

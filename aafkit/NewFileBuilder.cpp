@@ -38,7 +38,7 @@ Object& addDefinition(File& file, Object& dictionary, uint16_t setPid, const aaf
                       const meta::BaselineDefinition& row, bool withDescription) {
     Object& definition = *file.create(classId);
     setAuid(definition, PID_DefinitionObject_Identification, row.id);
-    setString(definition, PID_DefinitionObject_Name, std::wstring(row.name, row.name + std::strlen(row.name)));
+    setString(definition, PID_DefinitionObject_Name, utf8ToWide(row.name.c_str()));
     const char* description = withDescription ? row.description : "";
     setString(definition, PID_DefinitionObject_Description,
               std::wstring(description, description + std::strlen(description)));

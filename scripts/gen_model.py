@@ -241,6 +241,26 @@ def cpp_string(text):
     return '"' + "".join(out) + '"'
 
 
+class TextPool:
+    """The tables' texts, each once, one after another: rows hold offsets into it."""
+
+    def __init__(self):
+        self.offsets = {}
+        self.texts = []
+        self.size = 0
+
+    def ref(self, text):
+        if text not in self.offsets:
+            self.offsets[text] = self.size
+            self.texts.append(text)
+            self.size += len(text.encode("utf-8")) + 1
+        return f"{{{self.offsets[text]}}}"
+
+    def cpp(self):
+        pieces = "".join(f"\n    {cpp_string(text + chr(0))}" for text in self.texts)
+        return f"const char kModelTexts[] ={pieces};  // declared extern in the header\n"
+
+
 def cpp_bool(value):
     return "true" if value else "false"
 
@@ -256,10 +276,10 @@ def cpp_table(row_type, array_name, entries):
     return f"const {row_type} {array_name}[] = {{\n{body}}};\n"
 
 
-def class_entry(model, row):
+def class_entry(model, texts, row):
     parent = row["parent"] and model.check_class(row["parent"], row)
-    return ", ".join([cpp_string(row["class"]), cpp_auid(parse_auid(row["auid"], row)),
-                      cpp_string(parent), cpp_bool(parse_yes_no(row["concrete"], row)),
+    return ", ".join([texts.ref(row["class"]), cpp_auid(parse_auid(row["auid"], row)),
+                      texts.ref(parent), cpp_bool(parse_yes_no(row["concrete"], row)),
                       cpp_bool(row.extension)])
 
 
@@ -271,12 +291,12 @@ def property_pid(row):
     return int(row["pid"], 16)
 
 
-def property_entry(model, row):
+def property_entry(model, texts, row):
     model.check_class(row["class"], row)
     type_row = model.type_by_auid.get(row["type_auid"])
     if type_row is None or type_row["type"] != row["type"]:
         row.fail(f"type {row['type']} {row['type_auid']} does not match the type tables")
-    return ", ".join([cpp_string(row["class"]), cpp_string(row["property"]),
+    return ", ".join([texts.ref(row["class"]), texts.ref(row["property"]),
                       cpp_auid(parse_auid(row["auid"], row)), f"0x{property_pid(row):04x}",
                       cpp_auid(parse_auid(row["type_auid"], row)),
                       cpp_bool(parse_yes_no(row["optional"], row)),
@@ -300,7 +320,7 @@ def weak_path_array(row):
     return f"const aafUID_t {weak_path_name(row)}[] = {{\n{items}}};\n"
 
 
-def type_entry(model, row):
+def type_entry(model, texts, row):
     details = parse_details(row)
     element = details.get("element", details.get("base"))
     size = parse_int(details["size"], row, 1, 8) if "size" in details else 0
@@ -308,15 +328,15 @@ def type_entry(model, row):
     count = parse_int(details["count"], row, 1, 0xFFFFFFFF) if "count" in details else 0
     target = model.check_class(details["target"], row) if "target" in details else ""
     steps = weak_path_steps(row)
-    return ", ".join([cpp_string(row["type"]), cpp_auid(parse_auid(row["auid"], row)),
+    return ", ".join([texts.ref(row["type"]), cpp_auid(parse_auid(row["auid"], row)),
                       "TypeKind::" + TYPE_KINDS[row["kind"]][0], str(size), cpp_bool(is_signed),
                       cpp_auid(model.type_auid(element, row)) if element else NULL_AUID,
-                      f"{count}u", cpp_string(target), weak_path_name(row) if steps else "nullptr",
+                      f"{count}u", texts.ref(target), weak_path_name(row) if steps else "nullptr",
                       str(len(steps)),
                       cpp_bool(row.extension)])
 
 
-def member_entry(model, row):
+def member_entry(model, texts, row):
     if row["kind"] not in MEMBER_KINDS:
         row.fail(f"unknown member kind '{row['kind']}'")
     kind, owner_kind = MEMBER_KINDS[row["kind"]]
@@ -330,16 +350,16 @@ def member_entry(model, row):
         value = str(parse_int(row["type_or_value"], row, INT64_LOW, INT64_MAX))
     else:
         ext_value = cpp_auid(parse_auid(row["type_or_value"], row))
-    return ", ".join(["MemberKind::" + kind, cpp_string(row["type"]),
-                      cpp_string(row["member_or_name"]), member_type, value, ext_value,
+    return ", ".join(["MemberKind::" + kind, texts.ref(row["type"]),
+                      texts.ref(row["member_or_name"]), member_type, value, ext_value,
                       cpp_bool(row.extension)])
 
 
-def definition_entry(row):
+def definition_entry(texts, row):
     if row["group"] not in DEFINITION_GROUPS:
         row.fail(f"unknown definition group '{row['group']}'")
-    return ", ".join(["DefinitionGroup::" + row["group"], cpp_string(row["name"]),
-                      cpp_auid(parse_auid(row["auid"], row)), cpp_string(row["description"])])
+    return ", ".join(["DefinitionGroup::" + row["group"], texts.ref(row["name"]),
+                      cpp_auid(parse_auid(row["auid"], row)), texts.ref(row["description"])])
 
 
 def result_code(row):
@@ -364,24 +384,25 @@ TABLES = [
 
 
 def baseline_model_cpp(model):
-    types = [type_entry(model, row) for row in model.types]
+    texts = TextPool()
+    types = [type_entry(model, texts, row) for row in model.types]
     paths = [weak_path_array(row) for row in model.types if weak_path_steps(row)]
     arrays = [
-        cpp_table("BaselineClass", "kClasses", [class_entry(model, r) for r in model.classes]),
+        cpp_table("BaselineClass", "kClasses", [class_entry(model, texts, r) for r in model.classes]),
         cpp_table("BaselineProperty", "kProperties",
-                  [property_entry(model, r) for r in model.properties]),
+                  [property_entry(model, texts, r) for r in model.properties]),
         *paths,
         cpp_table("BaselineType", "kTypes", types),
         cpp_table("BaselineTypeMember", "kTypeMembers",
-                  [member_entry(model, r) for r in model.members]),
+                  [member_entry(model, texts, r) for r in model.members]),
         cpp_table("BaselineDefinition", "kDefinitions",
-                  [definition_entry(r) for r in model.definitions]),
+                  [definition_entry(texts, r) for r in model.definitions]),
         cpp_table("ResultCode", "kResultCodes",
-                  [f'"{r["name"]}", uint32_t({r["name"]})' for r in model.results]),
+                  [f'{texts.ref(r["name"])}, uint32_t({r["name"]})' for r in model.results]),
     ]
     functions = [table_function(*table) for table in TABLES]
     return (f"{GENERATED_NOTE}\n#include \"BaselineModel.h\"\n\n#include <iterator>\n\n"
-            f"#include \"../ResultCodes.h\"\n\nnamespace aafkit::meta {{\nnamespace {{\n\n"
+            f"#include \"../ResultCodes.h\"\n\nnamespace aafkit::meta {{\n\n{texts.cpp()}\nnamespace {{\n\n"
             + "\n".join(arrays) + "\n}  // namespace\n\n" + "\n".join(functions)
             + "\n}  // namespace aafkit::meta\n")
 

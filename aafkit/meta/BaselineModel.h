@@ -27,17 +27,28 @@ enum class TypeKind : uint8_t {
     Stream,
 };
 
+// The tables hold their texts as offsets into one pool: rows of pointers would need
+// some thousands of relocations, and a page fault per page of table, in every
+// process that loads the library.
+extern const char kModelTexts[];
+
+struct ModelText {
+    uint32_t offset;
+    const char* c_str() const { return kModelTexts + offset; }
+    operator const char*() const { return c_str(); }  // NOLINT(google-explicit-constructor): reads as its text
+};
+
 struct BaselineClass {
-    const char* name;
+    ModelText name;
     aafUID_t id;
-    const char* parent;  // class name; "" for the root class
+    ModelText parent;  // class name; "" for the root class
     bool concrete;
     bool extension;      // from the Avid extension tables
 };
 
 struct BaselineProperty {
-    const char* owner;   // class name
-    const char* name;
+    ModelText owner;   // class name
+    ModelText name;
     aafUID_t id;
     uint16_t pid;        // 0 where the pid is dynamic (extension and later baseline properties)
     aafUID_t type;
@@ -47,14 +58,14 @@ struct BaselineProperty {
 };
 
 struct BaselineType {
-    const char* name;
+    ModelText name;
     aafUID_t id;
     TypeKind kind;
     uint8_t size;          // Integer: bytes
     bool isSigned;         // Integer
     aafUID_t element;      // Enum, FixedArray, VariableArray, Set, String: element type; Rename: base type
     uint32_t count;        // FixedArray
-    const char* target;    // StrongRef, WeakRef: target class name; "" otherwise
+    ModelText target;    // StrongRef, WeakRef: target class name; "" otherwise
     const aafUID_t* path;  // WeakRef: property AUIDs from the root to the target set
     uint8_t pathLength;
     bool extension;
@@ -64,8 +75,8 @@ enum class MemberKind : uint8_t { Record, Enum, ExtEnum };
 
 struct BaselineTypeMember {
     MemberKind kind;
-    const char* type;      // owning type name
-    const char* name;
+    ModelText type;      // owning type name
+    ModelText name;
     aafUID_t memberType;   // Record: the member's type
     int64_t value;         // Enum
     aafUID_t extValue;     // ExtEnum
@@ -87,13 +98,13 @@ enum class DefinitionGroup : uint8_t {
 
 struct BaselineDefinition {
     DefinitionGroup group;
-    const char* name;
+    ModelText name;
     aafUID_t id;
-    const char* description;
+    ModelText description;
 };
 
 struct ResultCode {
-    const char* name;
+    ModelText name;
     uint32_t code;
 };
 

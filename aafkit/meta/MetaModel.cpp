@@ -38,9 +38,9 @@ void addTypes(ModelStore& store) {
     std::unordered_map<std::string_view, TypeDef*> byName;
     for (TypeDef& t : store.types) byName.emplace(t.name, &t);
     for (const BaselineTypeMember& row : baselineTypeMembers()) {
-        auto owner = byName.find(row.type);
+        auto owner = byName.find(row.type.c_str());
         if (owner != byName.end())
-            owner->second->members.push_back({row.name, row.memberType, row.value, row.extValue});
+            owner->second->members.push_back({row.name.c_str(), row.memberType, row.value, row.extValue});
     }
 }
 
@@ -60,9 +60,9 @@ void addClasses(ModelStore& store) {
     }
     // Parents by name may come later in the table.
     for (const BaselineClass& row : baselineClasses())
-        if (*row.parent) byName.at(row.name)->parent = findIn(byName, row.parent);
+        if (*row.parent) byName.at(row.name.c_str())->parent = findIn(byName, row.parent.c_str());
     for (const BaselineProperty& row : baselineProperties()) {
-        auto owner = byName.find(row.owner);
+        auto owner = byName.find(row.owner.c_str());
         if (owner == byName.end() || store.propertiesById.count(AuidKey(row.id))) continue;
         PropertyDef& p = store.properties.emplace_back();
         p.id = row.id;
@@ -80,7 +80,7 @@ void addClasses(ModelStore& store) {
     }
     // Object reference types name their target class; resolve it to an AUID once.
     for (const BaselineType& row : baselineTypes())
-        if (ClassDef* target = *row.target ? findIn(byName, row.target) : nullptr)
+        if (ClassDef* target = *row.target ? findIn(byName, row.target.c_str()) : nullptr)
             store.typesById.at(AuidKey(row.id))->target = target->id;
 }
 

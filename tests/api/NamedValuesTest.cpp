@@ -22,7 +22,7 @@ static_assert(AAF_CLIP_TRACK_IS_VIDEO(7u) == 1u && AAF_CLIP_TRACK_SLOT_ID(7u) ==
 
 uint32_t modelCode(const std::string& name) {
     for (const auto& row : aafkit::meta::resultCodes())
-        if (name == row.name) return row.code;
+        if (name == row.name.c_str()) return row.code;
     ADD_FAILURE() << name << " is not an AAF result code";
     return 0;
 }

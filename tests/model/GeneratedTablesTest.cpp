@@ -62,17 +62,17 @@ std::string hex(const char* format, uint32_t value) {
 // row shows as itself and so differs.
 std::string typeName(const aafUID_t& id) {
     for (const BaselineType& t : baselineTypes())
-        if (t.id == id) return t.name;
+        if (t.id == id) return t.name.c_str();
     return text(id);
 }
 
 std::string render(const BaselineClass& c) {
-    return join({c.name, text(c.id), c.parent, yesNo(c.concrete), origin(c.extension)});
+    return join({c.name.c_str(), text(c.id), c.parent.c_str(), yesNo(c.concrete), origin(c.extension)});
 }
 
 std::string render(const BaselineProperty& p) {
-    return join({p.owner, p.name, text(p.id), p.pid ? hex("%04x", p.pid) : "", typeName(p.type), text(p.type),
-                 yesNo(p.optional), yesNo(p.uniqueId), origin(p.extension)});
+    return join({p.owner.c_str(), p.name.c_str(), text(p.id), p.pid ? hex("%04x", p.pid) : "", typeName(p.type),
+                 text(p.type), yesNo(p.optional), yesNo(p.uniqueId), origin(p.extension)});
 }
 
 std::string details(const BaselineType& t) {
@@ -85,11 +85,11 @@ std::string details(const BaselineType& t) {
     case TypeKind::String: return element;
     case TypeKind::FixedArray: return element + " count=" + std::to_string(t.count);
     case TypeKind::Rename: return "base=" + typeName(t.element);
-    case TypeKind::StrongRef: return std::string("target=") + t.target;
+    case TypeKind::StrongRef: return std::string("target=") + t.target.c_str();
     case TypeKind::WeakRef: {
         std::string path;
         for (uint8_t i = 0; i < t.pathLength; ++i) path += (i ? "/" : "") + text(t.path[i]);
-        return std::string("target=") + t.target + " path=" + path;
+        return std::string("target=") + t.target.c_str() + " path=" + path;
     }
     default: return "";
     }
@@ -99,14 +99,15 @@ std::string render(const BaselineType& t) {
     static const char* const kinds[] = {"integer", "character", "enum", "extendible_enum", "record",
                                         "fixed_array", "variable_array", "set", "string", "strong_ref",
                                         "weak_ref", "rename", "indirect", "opaque", "stream"};
-    return join({t.name, text(t.id), kinds[size_t(t.kind)], details(t), origin(t.extension)});
+    return join({t.name.c_str(), text(t.id), kinds[size_t(t.kind)], details(t), origin(t.extension)});
 }
 
 std::string render(const BaselineTypeMember& m) {
+    const std::string type = m.type.c_str(), name = m.name.c_str();
     switch (m.kind) {
-    case MemberKind::Record: return join({"record", m.type, m.name, typeName(m.memberType), origin(m.extension)});
-    case MemberKind::Enum: return join({"enum", m.type, m.name, std::to_string(m.value), origin(m.extension)});
-    default: return join({"extenum", m.type, m.name, text(m.extValue), origin(m.extension)});
+    case MemberKind::Record: return join({"record", type, name, typeName(m.memberType), origin(m.extension)});
+    case MemberKind::Enum: return join({"enum", type, name, std::to_string(m.value), origin(m.extension)});
+    default: return join({"extenum", type, name, text(m.extValue), origin(m.extension)});
     }
 }
 
@@ -114,10 +115,10 @@ std::string render(const BaselineDefinition& d) {
     static const char* const groups[] = {"DataDefs",  "OperationDefs",   "ParameterDefs", "InterpolationDefs",
                                          "CodecDefs", "ContainerDefs",   "CompressionDefs", "PluginDefs",
                                          "KLVDataDefs", "TaggedValueDefs"};
-    return join({groups[size_t(d.group)], d.name, text(d.id), d.description});
+    return join({groups[size_t(d.group)], d.name.c_str(), text(d.id), d.description.c_str()});
 }
 
-std::string render(const ResultCode& r) { return join({r.name, hex("0x%08X", r.code)}); }
+std::string render(const ResultCode& r) { return join({r.name.c_str(), hex("0x%08X", r.code)}); }
 
 template <typename T>
 void expectRows(Table<T> table, const Lines& expected, const std::string& what) {
