@@ -56,9 +56,6 @@ public:
     Object* dictionary() const;
     Object* metaDictionary() const;
 
-    // Made by createNew: its MetaDictionary is built from the model at each save.
-    bool createdNew() const { return ownsMetaDictionary_; }
-
     // Mobs by MobID, through ContentStorage Mobs.
     Object* lookupMob(const aafMobID_t& id) const;
 
@@ -68,6 +65,8 @@ private:
 
     // New files: the last modification stamped and the MetaDictionary rebuilt.
     void prepareSave();
+    // Made by createNew: its MetaDictionary is built from the model at each save.
+    bool createdNew() const { return ownsMetaDictionary_; }
 
     bool ownsMetaDictionary_ = false;  // created here: built from the model at save
     mutable std::unordered_map<aafMobID_t, Object*, MobIdHash> mobIndex_;
