@@ -41,13 +41,13 @@ struct ModelText {
 struct BaselineClass {
     ModelText name;
     aafUID_t id;
-    ModelText parent;  // class name; "" for the root class
+    ModelText parent;    // class name; "" for the root class
     bool concrete;
     bool extension;      // from the Avid extension tables
 };
 
 struct BaselineProperty {
-    ModelText owner;   // class name
+    ModelText owner;     // class name
     ModelText name;
     aafUID_t id;
     uint16_t pid;        // 0 where the pid is dynamic (extension and later baseline properties)
@@ -65,7 +65,7 @@ struct BaselineType {
     bool isSigned;         // Integer
     aafUID_t element;      // Enum, FixedArray, VariableArray, Set, String: element type; Rename: base type
     uint32_t count;        // FixedArray
-    ModelText target;    // StrongRef, WeakRef: target class name; "" otherwise
+    ModelText target;      // StrongRef, WeakRef: target class name; "" otherwise
     const aafUID_t* path;  // WeakRef: property AUIDs from the root to the target set
     uint8_t pathLength;
     bool extension;
@@ -75,7 +75,7 @@ enum class MemberKind : uint8_t { Record, Enum, ExtEnum };
 
 struct BaselineTypeMember {
     MemberKind kind;
-    ModelText type;      // owning type name
+    ModelText type;        // owning type name
     ModelText name;
     aafUID_t memberType;   // Record: the member's type
     int64_t value;         // Enum
