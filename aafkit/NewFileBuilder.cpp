@@ -1,7 +1,6 @@
 #include "NewFileBuilder.h"
 
 #include <chrono>
-#include <cstring>
 #include <ctime>
 #include <random>
 
@@ -39,9 +38,8 @@ Object& addDefinition(File& file, Object& dictionary, uint16_t setPid, const aaf
     Object& definition = *file.create(classId);
     setAuid(definition, PID_DefinitionObject_Identification, row.id);
     setString(definition, PID_DefinitionObject_Name, utf8ToWide(row.name.c_str()));
-    const char* description = withDescription ? row.description : "";
     setString(definition, PID_DefinitionObject_Description,
-              std::wstring(description, description + std::strlen(description)));
+              utf8ToWide(withDescription ? row.description.c_str() : ""));
     addToSet(dictionary, setPid, definition);
     return definition;
 }

@@ -48,7 +48,7 @@ Object* ObjectStore::resolve(const WeakReference& reference) const {
         SetKey key;
         if (!setKeyOf(*element, key)) continue;
         if (key.bytes == reference.key) found = element;
-        resolveCache_.emplace(ResolveKey{reference.pathId, key.bytes}, element);
+        resolveCache_.emplace(ResolveKey{reference.pathId, std::move(key.bytes)}, element);
     }
     return found;
 }
