@@ -5,7 +5,7 @@
 #include <sstream>
 #include <string>
 
-#include "IndentedJson.h"
+#include "view/IndentedJson.h"
 
 using Json = nlohmann::ordered_json;
 

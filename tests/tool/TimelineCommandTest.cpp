@@ -10,7 +10,7 @@
 #include <functional>
 #include <nlohmann/json.hpp>
 
-#include "HostView.h"
+#include "view/HostView.h"
 #include "ToolRunner.h"
 #include "aafbridge/aaf_writer.h"
 #include "support/SampleFiles.h"

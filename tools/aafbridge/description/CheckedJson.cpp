@@ -1,9 +1,9 @@
-#include "CheckedJson.h"
+#include "description/CheckedJson.h"
 
 #include <cmath>
 #include <limits>
 
-#include "DescriptionError.h"
+#include "description/DescriptionError.h"
 
 const IntegerRange kLength = {0, std::numeric_limits<int64_t>::max(), "a length"};
 const IntegerRange kEditUnit = {std::numeric_limits<int64_t>::min(), std::numeric_limits<int64_t>::max(),

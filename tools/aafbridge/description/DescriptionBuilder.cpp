@@ -1,11 +1,11 @@
-#include "DescriptionBuilder.h"
+#include "description/DescriptionBuilder.h"
 
-#include "ResultText.h"
+#include "description/ResultText.h"
 
 #include <cstdio>
 #include <vector>
 
-#include "DescriptionError.h"
+#include "description/DescriptionError.h"
 #include "aafkit/om/Values.h"
 #include "aafkit/meta/BaselineModel.h"
 

@@ -6,7 +6,7 @@
 #include <set>
 #include <string>
 
-#include "CheckedJson.h"
+#include "description/CheckedJson.h"
 #include "aafbridge/aaf_writer.h"
 
 class DescriptionBuilder {

@@ -1,11 +1,11 @@
-#include "FlatJson.h"
+#include "description/FlatJson.h"
 
 #include <limits>
 #include <unordered_map>
 #include <nlohmann/json.hpp>
 
-#include "DescriptionError.h"
-#include "JsonText.h"
+#include "description/DescriptionError.h"
+#include "description/JsonText.h"
 
 using Json = nlohmann::json;
 

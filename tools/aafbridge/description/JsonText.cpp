@@ -1,8 +1,8 @@
-#include "JsonText.h"
+#include "description/JsonText.h"
 
 #include <iterator>
 
-#include "DescriptionError.h"
+#include "description/DescriptionError.h"
 
 using Json = nlohmann::json;
 

@@ -1,4 +1,4 @@
-#include "ResultText.h"
+#include "description/ResultText.h"
 
 #include <cstdio>
 

@@ -1,16 +1,16 @@
-#include "WriteDescription.h"
+#include "description/WriteDescription.h"
 
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
 #include <fstream>
 
-#include "DescriptionBuilder.h"
-#include "DescriptionError.h"
-#include "JsonText.h"
-#include "ResultText.h"
-#include "otio.h"
-#include "otio_time.h"
+#include "description/DescriptionBuilder.h"
+#include "description/DescriptionError.h"
+#include "description/JsonText.h"
+#include "description/ResultText.h"
+#include "otio/otio.h"
+#include "otio/otio_time.h"
 #include "aafkit/om/Values.h"
 
 namespace {

@@ -1,0 +1,27 @@
+#include "commands/Commands.h"
+
+namespace {
+
+const Option kJson = {"--json", nullptr, "print JSON instead of text"};
+
+}  // namespace
+
+const std::vector<Command>& commands() {
+    static const std::vector<Command> table = {
+        {"info", {"FILE"}, {kJson}, "the file at a glance: kind, writers, mobs, compositions, embedded essence", runInfo},
+        {"objects", {"FILE"}, {kJson}, "every object from the header down, properties decoded by type", runObjects},
+        {"timeline", {"FILE"}, {kJson}, "the composition exactly as a host sees it through the reader", runTimeline},
+        {"copy", {"IN", "OUT"}, {}, "load IN and save every object unchanged into OUT", runCopy},
+        {"write", {"INPUT", "OUTPUT.aaf"}, {}, "build a file from a JSON description or an OpenTimelineIO timeline",
+         runWrite},
+        {"otio", {"FILE.aaf"}, {{"-o", "OUT.otio", "write to OUT.otio instead of standard output"}},
+         "the composition as an OpenTimelineIO timeline", runOtio},
+        {"demo", {"OUTPUT.aaf"}, {}, "write the built-in demo composition", runDemo},
+        {"media", {"FILE"}, {kJson}, "every clip's media: embedded, found or missing (exit 1 when some is missing)",
+         runMedia},
+        {"extract", {"FILE", "DIR"}, {}, "write the embedded audio into DIR as audio files, with a manifest",
+         runExtract},
+        {"embed", {"IN", "OUT"}, {}, "copy IN with the WAV and AIFF media its clips link to inside", runEmbed},
+    };
+    return table;
+}
