@@ -51,5 +51,13 @@ std::string auidToText(const aafUID_t& id) {
     return text;
 }
 
+std::string mobIdToText(const aafMobID_t& id) {
+    uint8_t bytes[32];
+    encodeMobId(id, bytes);
+    static const char kDigits[] = "0123456789abcdef";
+    std::string text;
+    for (int i = 0; i < 16; ++i) text += {kDigits[bytes[i] >> 4], kDigits[bytes[i] & 15]};
+    return text + "-" + auidToText(decodeAuid(bytes + 16));
+}
 
 }  // namespace aafkit

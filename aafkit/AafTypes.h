@@ -66,6 +66,8 @@ aafMobID_t decodeMobId(const uint8_t in[32]);
 
 // "0d010101-0101-0100-060e-2b3402060101"
 std::string auidToText(const aafUID_t& id);
+// A MobID as "<label, length and instance in hex>-<material AUID>".
+std::string mobIdToText(const aafMobID_t& id);
 constexpr aafUID_t kNullAuid = {0, 0, 0, {0, 0, 0, 0, 0, 0, 0, 0}};
 
 }  // namespace aafkit

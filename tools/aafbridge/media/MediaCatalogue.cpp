@@ -41,7 +41,7 @@ std::map<std::string, std::string> masterClipNames(const aafkit::File& file) {
             for (const Object* clip : clips) {
                 aafMobID_t id;
                 if (aafkit::getMobId(*clip, PID_SourceReference_SourceID, id) == AAFRESULT_SUCCESS)
-                    names.emplace(mobIdText(id), name);
+                    names.emplace(aafkit::mobIdToText(id), name);
             }
         }
     }
@@ -72,7 +72,7 @@ MediaEntry entryOf(const aafkit::EssenceIndex& essence, Object& mob,
     MediaEntry entry;
     entry.fileMob = &mob;
     aafkit::getMobId(mob, PID_Mob_MobID, entry.mobId);
-    entry.mobIdText = mobIdText(entry.mobId);
+    entry.mobIdText = aafkit::mobIdToText(entry.mobId);
     auto master = masterNames.find(entry.mobIdText);
     entry.clipName =
         master != masterNames.end() && !master->second.empty() ? master->second : textProperty(mob, PID_Mob_Name);

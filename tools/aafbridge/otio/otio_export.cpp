@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "otio/otio.h"
+#include "otio/otio_items.h"
 #include "otio/otio_time.h"
 
 using Json = nlohmann::ordered_json;
@@ -16,38 +17,15 @@ struct MediaEntry {
 };
 using Catalogue = std::map<std::string, MediaEntry>;  // by mob id text
 
-// A track item before the transitions take their overlap out of their neighbours.
-struct Piece {
-    Json item;
-    int64_t start = 0, duration = 0;  // clips and gaps, in the track's edit units
-    bool transition = false;
-};
-
-Json item(const char* schema, const std::string& name, Json aafbridge) {
-    Json metadata = Json::object();
-    if (!aafbridge.empty()) metadata["aafbridge"] = std::move(aafbridge);
-    return {{"OTIO_SCHEMA", schema}, {"name", name}, {"metadata", std::move(metadata)}};
-}
-
-// The fields every item of a track carries; the range is set once the trims are known.
-Json trackItem(const char* schema, const std::string& name, Json aafbridge) {
-    Json object = item(schema, name, std::move(aafbridge));
-    object["source_range"] = nullptr;
-    object["effects"] = Json::array();
-    object["markers"] = Json::array();
-    object["enabled"] = true;
-    return object;
-}
-
 Json mediaReference(const Json& event, const Catalogue& catalogue) {
     auto found = catalogue.find(event["id"].get<std::string>());
     if (found == catalogue.end() || found->second.path.empty()) {
-        Json missing = item("MissingReference.1", event["name"].get<std::string>(), {});
+        Json missing = otioObject("MissingReference.1", event["name"].get<std::string>(), {});
         missing["available_range"] = nullptr;
         missing["available_image_bounds"] = nullptr;
         return missing;
     }
-    Json external = item("ExternalReference.1", found->second.name, {});
+    Json external = otioObject("ExternalReference.1", found->second.name, {});
     external["target_url"] = found->second.path;
     // The reader's catalogue does not say how long the media is.
     external["available_range"] = nullptr;
@@ -55,22 +33,21 @@ Json mediaReference(const Json& event, const Catalogue& catalogue) {
     return external;
 }
 
-Piece clipPiece(const Json& event, const Catalogue& catalogue) {
-    Piece piece{trackItem("Clip.2", event["name"].get<std::string>(),
-                          {{"mobId", event["id"]}, {"slot", event["slot"]}, {"physicalNumber", event["physicalNumber"]}}),
-                event["inPoint"].get<int64_t>(), event["length"].get<int64_t>()};
+OtioPiece clipPiece(const Json& event, const Catalogue& catalogue) {
+    OtioPiece piece{otioTrackItem("Clip.2", event["name"].get<std::string>(),
+                                  {{"mobId", event["id"]}, {"slot", event["slot"]}, {"physicalNumber", event["physicalNumber"]}}),
+                    event["inPoint"].get<int64_t>(), event["length"].get<int64_t>()};
     piece.item["media_references"] = {{"DEFAULT_MEDIA", mediaReference(event, catalogue)}};
     piece.item["active_media_reference_key"] = "DEFAULT_MEDIA";
     return piece;
 }
 
-Piece transitionPiece(const Json& event, double rate) {
+OtioPiece transitionPiece(const Json& event, double rate) {
     const int64_t length = event["length"], cut = event["cutPoint"];
-    Piece piece{item("Transition.1", "", {{"length", length}, {"cutPoint", cut}})};
-    piece.item["transition_type"] = "SMPTE_Dissolve";
-    piece.item["in_offset"] = otioTime(double(cut), rate);
-    piece.item["out_offset"] = otioTime(double(length - cut), rate);
+    OtioPiece piece{otioTransition(length, cut, rate, {{"length", length}, {"cutPoint", cut}})};
     piece.transition = true;
+    piece.length = length;
+    piece.cutPoint = cut;
     return piece;
 }
 
@@ -90,13 +67,13 @@ Json effectItem(const Json& event) {
     Json fractions = Json::array();
     if (length > 0)
         for (const Json& offset : event["keyFrames"]) fractions.push_back(offset.get<double>() / double(length));
-    Json effect = item("Effect.1", "", {{"effectType", type},
-                                        {"numInputs", event["numInputs"]},
-                                        {"inputs", event["inputs"]},
-                                        {"length", length},
-                                        {"params", event["params"]},
-                                        {"keyFrames", fractions},
-                                        {"keyFrameOffsets", event["keyFrames"]}});
+    Json effect = otioObject("Effect.1", "", {{"effectType", type},
+                                              {"numInputs", event["numInputs"]},
+                                              {"inputs", event["inputs"]},
+                                              {"length", length},
+                                              {"params", event["params"]},
+                                              {"keyFrames", fractions},
+                                              {"keyFrameOffsets", event["keyFrames"]}});
     effect["effect_name"] = type < 3 ? kNames[type] : "Other";
     return effect;
 }
@@ -104,7 +81,7 @@ Json effectItem(const Json& event) {
 // An effect covers the clips and fillers just before it, as many as its length needs (the
 // writer's rule); nested effects land on the same items, innermost first. Answers false when
 // nothing precedes it on the track.
-bool attachEffect(std::vector<Piece>& pieces, const Json& event) {
+bool attachEffect(std::vector<OtioPiece>& pieces, const Json& event) {
     const Json effect = effectItem(event);
     int64_t remaining = event["length"];
     bool attached = false;
@@ -116,46 +93,24 @@ bool attachEffect(std::vector<Piece>& pieces, const Json& event) {
     return attached;
 }
 
-// In the host's view the items on both sides of a transition include the overlap; in OTIO
-// they do not. A transition first or last on its track trims nothing on its open side.
-void trimAroundTransitions(std::vector<Piece>& pieces) {
-    for (size_t i = 0; i < pieces.size(); ++i) {
-        if (!pieces[i].transition) continue;
-        const Json& data = pieces[i].item["metadata"]["aafbridge"];
-        const int64_t cut = data["cutPoint"], length = data["length"];
-        if (i > 0 && !pieces[i - 1].transition)
-            pieces[i - 1].duration = std::max<int64_t>(0, pieces[i - 1].duration - (length - cut));
-        if (i + 1 < pieces.size() && !pieces[i + 1].transition) {
-            Piece& next = pieces[i + 1];
-            const int64_t trim = std::min(cut, next.duration);
-            next.start += trim;
-            next.duration -= trim;
-        }
-    }
-}
-
 Json trackJson(const Json& track, uint32_t index, const std::string& name, const Catalogue& catalogue) {
     const double rate = track["editRate"];
-    std::vector<Piece> pieces;
+    std::vector<OtioPiece> pieces;
     Json uncovered = Json::array();
     for (const Json& event : track["events"]) {
         const std::string kind = event["kind"];
         if (kind == "clip")
             pieces.push_back(clipPiece(event, catalogue));
         else if (kind == "filler")
-            pieces.push_back({trackItem("Gap.1", "", {}), 0, event["length"].get<int64_t>()});
+            pieces.push_back({otioTrackItem("Gap.1", "", {}), 0, event["length"].get<int64_t>()});
         else if (kind == "transition")
             pieces.push_back(transitionPiece(event, rate));
         else if (!attachEffect(pieces, event))
             uncovered.push_back(effectItem(event));
     }
     trimAroundTransitions(pieces);
-    Json children = Json::array();
-    for (Piece& piece : pieces) {
-        if (!piece.transition) piece.item["source_range"] = otioRange(double(piece.start), double(piece.duration), rate);
-        children.push_back(std::move(piece.item));
-    }
-    Json object = trackItem("Track.1", name, {{"trackIndex", index}, {"editRate", rate}});
+    Json children = otioChildren(pieces, rate);
+    Json object = otioTrackItem("Track.1", name, {{"trackIndex", index}, {"editRate", rate}});
     object["effects"] = std::move(uncovered);
     object["kind"] = track["type"] == "video" ? "Video" : "Audio";
     object["children"] = std::move(children);
@@ -177,7 +132,7 @@ Json markersJson(const Json& view) {
     const double rate = compositionRate(view);
     Json markers = Json::array();
     for (const Json& marker : view["markers"]) {
-        Json object = item("Marker.2", marker["text"].get<std::string>(), {});
+        Json object = otioObject("Marker.2", marker["text"].get<std::string>(), {});
         object["marked_range"] = otioRange(marker["position"].get<double>(), 0, rate);
         object["color"] = "RED";
         object["comment"] = "";
@@ -196,7 +151,7 @@ Json stackJson(const Json& view) {
         const std::string name = (isVideo ? "V" : "A") + std::to_string(isVideo ? ++video : ++audio);
         children.push_back(trackJson(track, index++, name, catalogue));
     }
-    Json stack = trackItem("Stack.1", "tracks", {});
+    Json stack = otioTrackItem("Stack.1", "tracks", {});
     stack["markers"] = markersJson(view);
     stack["children"] = std::move(children);
     return stack;
@@ -207,7 +162,7 @@ Json stackJson(const Json& view) {
 Json otioFromHostView(const Json& view, const std::string& name) {
     const Json& timecode = view["timecode"];
     const uint32_t fps = timecode["fps"];
-    Json timeline = item("Timeline.1", name, {{"timecode", timecode}, {"proTools", view["proTools"]}});
+    Json timeline = otioObject("Timeline.1", name, {{"timecode", timecode}, {"proTools", view["proTools"]}});
     timeline["global_start_time"] = fps ? otioTime(timecode["start"].get<double>(), fps) : Json();
     timeline["tracks"] = stackJson(view);
     return timeline;

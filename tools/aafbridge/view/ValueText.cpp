@@ -56,7 +56,7 @@ std::string dataText(const aafkit::File& file, const TypeDef* type, const std::v
 std::string recordText(const aafkit::File& file, const TypeDef& type, const std::vector<uint8_t>& data) {
     if (data.size() == 16 && type.name == "AUID") return auidText(data.data());
     if (data.size() == 32 && type.name == "MobIDType")
-        return mobIdText(aafkit::decodeMobId(data.data()));
+        return aafkit::mobIdToText(aafkit::decodeMobId(data.data()));
     if (fixedSize(file, &type) != data.size()) return hexBytes(data.data(), data.size());
     std::string out;
     size_t offset = 0;
@@ -141,10 +141,4 @@ std::string valueText(const aafkit::File& file, const aafkit::Property& property
     if (property.storedForm() == aafkit::StoredForm::DataStream)
         return "stream of " + std::to_string(property.stream() ? property.stream()->size() : 0) + " bytes";
     return dataText(file, type, property.data);
-}
-
-std::string mobIdText(const aafMobID_t& id) {
-    uint8_t bytes[32];
-    aafkit::encodeMobId(id, bytes);
-    return hexBytes(bytes, 16) + "-" + aafkit::auidToText(aafkit::decodeAuid(bytes + 16));
 }

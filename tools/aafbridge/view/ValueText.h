@@ -8,5 +8,3 @@ std::string valueText(const aafkit::File& file, const aafkit::Property& property
 // The class name of an object, or its AUID when the file does not define it.
 std::string className(const aafkit::Object& object);
 std::string propertyName(const aafkit::File& file, uint16_t pid);
-// A MobID as "<label, length and instance in hex>-<material AUID>".
-std::string mobIdText(const aafMobID_t& id);

@@ -1,0 +1,40 @@
+#include "ClipSourceTime.h"
+
+#include "EditTime.h"
+
+namespace composition {
+
+int64_t sourceStart(const Segment& clip, const aafRational_t& rate) {
+    const SourceChain& chain = clip.source.chain;
+    if (const SourceLink* timecoded = chain.timecoded())
+        return convertEditUnits(timecoded->start, timecoded->editRate, rate) +
+               convertEditUnits(timecoded->timecode->start, timecoded->timecode->editRate, rate);
+    if (!chain.links.empty()) return convertEditUnits(chain.links.back().start, chain.links.back().editRate, rate);
+    return clip.source.startTime;
+}
+
+std::string clipName(const Segment& clip) {
+    const SourceChain& chain = clip.source.chain;
+    if (const SourceLink* master = chain.find(MobKind::Master)) return master->name;
+    return chain.links.empty() ? std::string() : chain.links.front().name;
+}
+
+std::string fileUrl(const std::string& location) {
+    if (location.empty() || location.find("://") != std::string::npos) return location;
+    std::string path = location;
+    for (char& c : path)
+        if (c == '\\') c = '/';
+    return path.front() == '/' ? "file://" + path : "file:///" + path;
+}
+
+std::string mediaUrl(const SourceChain& chain) {
+    for (const SourceLink& link : chain.links)
+        if (!link.importPath.empty()) return fileUrl(link.importPath);
+    if (const SourceLink* file = chain.find(MobKind::File))
+        if (!file->locators.empty()) return fileUrl(file->locators.front());
+    for (const SourceLink& link : chain.links)
+        if (!link.locators.empty()) return fileUrl(link.locators.front());
+    return {};
+}
+
+}  // namespace composition

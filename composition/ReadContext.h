@@ -1,0 +1,26 @@
+#pragma once
+// What the composition's readers share while they walk one file: the file, its embedded
+// essence, and the compositions being read on the way down (nests are bounded in depth and
+// a composition that includes itself is refused, never followed forever).
+#include <vector>
+
+#include "aafkit/Essence.h"
+#include "aafkit/File.h"
+
+namespace composition {
+
+// Deeper than any editor nests; deep enough that a hostile file cannot exhaust the stack.
+constexpr int kMaxDepth = 64;
+// Master, file, tape and a few sub-clip or import steps in between.
+constexpr size_t kMaxChainLength = 16;
+
+struct ReadContext {
+    explicit ReadContext(const aafkit::File& f) : file(f), essence(f) {}
+
+    const aafkit::File& file;
+    aafkit::EssenceIndex essence;
+    std::vector<const aafkit::Object*> compositionsOpen;
+    int depth = 0;
+};
+
+}  // namespace composition

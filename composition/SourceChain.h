@@ -1,0 +1,57 @@
+#pragma once
+// Where a clip's material comes from: the mobs its source reference leads through, from the
+// master clip down to the tape or file it was captured or imported from.
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "aafkit/AafTypes.h"
+
+namespace composition {
+
+enum class MobKind { Composition, Master, File, Tape, Film, Import, Source };
+const char* mobKindName(MobKind kind);
+
+// A timecode track's start: frame `start` at `fps` frames per second is the slot's origin.
+struct Timecode {
+    int64_t start = 0;
+    uint16_t fps = 0;
+    bool drop = false;
+    aafRational_t editRate = {0, 1};  // of the slot that holds it
+};
+
+// One mob of the chain, and where in its slot the clip's material starts.
+struct SourceLink {
+    MobKind kind = MobKind::Source;
+    std::string name;
+    aafMobID_t mobId = {};
+    uint32_t slotId = 0;
+    uint32_t physicalTrack = 0;
+    aafRational_t editRate = {0, 1};
+    int64_t start = 0;  // in this slot's edit units
+    std::optional<Timecode> timecode;
+
+    // Source mobs: what their descriptor says.
+    std::string descriptor;  // class name, e.g. "WAVEDescriptor"
+    uint32_t channels = 0;
+    aafRational_t sampleRate = {0, 1};
+    int64_t essenceLength = 0;  // in sample-rate units
+    std::vector<std::string> locators;
+    bool embedded = false;
+    // Where the editor imported the media from, as it recorded it (Avid's "UNC Path").
+    std::string importPath;
+};
+
+struct SourceChain {
+    std::vector<SourceLink> links;  // master first
+    std::string broken;             // why the chain stops short; empty when it reached its end
+
+    const SourceLink* find(MobKind kind) const;
+    // The deepest mob that stands for physical media: tape, film or import source, else the file.
+    const SourceLink* origin() const;
+    // The deepest link that carries a timecode track.
+    const SourceLink* timecoded() const;
+};
+
+}  // namespace composition

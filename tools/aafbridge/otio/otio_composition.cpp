@@ -1,0 +1,358 @@
+#include "otio/otio_composition.h"
+
+#include <algorithm>
+
+#include "aafkit/meta/EditorIds.h"
+#include "aafkit/meta/Ids.h"
+#include "composition/ClipSourceTime.h"
+#include "composition/EditTime.h"
+#include "composition/OperationReader.h"
+#include "otio/otio_items.h"
+#include "otio/otio_time.h"
+
+using Json = nlohmann::ordered_json;
+using namespace composition;
+
+namespace {
+
+const char* trackKind(DataKind data) { return data == DataKind::Picture ? "Video" : "Audio"; }
+
+Json rationalJson(const aafRational_t& rate) { return Json::array({rate.numerator, rate.denominator}); }
+
+Json parametersJson(const Operation& operation) {
+    Json parameters = Json::array();
+    for (const Parameter& parameter : operation.parameters) {
+        Json keyFrames = Json::array();
+        for (const KeyFrame& frame : parameter.keyFrames) keyFrames.push_back({frame.time, frame.value});
+        parameters.push_back({{"name", parameter.name},
+                              {"id", aafkit::auidToText(parameter.id)},
+                              {"value", parameter.value},
+                              {"interpolation", parameter.interpolation},
+                              {"keyFrames", std::move(keyFrames)}});
+    }
+    return parameters;
+}
+
+// The speed a time warp plays its input at: the ratio parameter editors write.
+double speedOf(const Operation& operation) {
+    for (const aafUID_t& id : {kAAFParameterDef_SpeedRatio, kAAFParameterDef_Ratio})
+        if (const Parameter* ratio = operation.find(id)) return ratio->value;
+    return 1.0;
+}
+
+Json effectJson(const Operation& operation, int64_t length) {
+    Json data = {{"operationId", aafkit::auidToText(operation.id)}, {"length", length},
+                 {"parameters", parametersJson(operation)}};
+    if (operation.timeWarp) {
+        const double speed = speedOf(operation);
+        Json warp = otioObject(speed == 0 ? "FreezeFrame.1" : "LinearTimeWarp.1", operation.name, std::move(data));
+        warp["effect_name"] = speed == 0 ? "FreezeFrame" : "LinearTimeWarp";
+        warp["time_scalar"] = speed;
+        return warp;
+    }
+    Json effect = otioObject("Effect.1", operation.name, std::move(data));
+    if (operation.id == kAAFOperationDef_MonoAudioGain || operation.id == kAAFOperationDef_StereoAudioGain)
+        effect["effect_name"] = "Volume";
+    else if (operation.id == kAAFOperationDef_MonoAudioPan)
+        effect["effect_name"] = "Pan";
+    else
+        effect["effect_name"] = operation.name;
+    return effect;
+}
+
+Json timecodeJson(const Timecode& timecode) {
+    return {{"start", timecode.start}, {"fps", timecode.fps}, {"drop", timecode.drop}};
+}
+
+Json linkJson(const SourceLink& link) {
+    Json data = {{"kind", mobKindName(link.kind)}, {"name", link.name}, {"mobId", aafkit::mobIdToText(link.mobId)},
+                 {"slotId", link.slotId}, {"physicalTrack", link.physicalTrack},
+                 {"editRate", rationalJson(link.editRate)}, {"start", link.start}};
+    if (link.timecode) data["timecode"] = timecodeJson(*link.timecode);
+    if (!link.descriptor.empty()) {
+        data["descriptor"] = link.descriptor;
+        data["channels"] = link.channels;
+        data["sampleRate"] = rationalJson(link.sampleRate);
+        data["length"] = link.essenceLength;
+        data["locators"] = link.locators;
+        data["embedded"] = link.embedded;
+    }
+    return data;
+}
+
+Json clipMetadata(const Segment& clip) {
+    const SourceChain& chain = clip.source.chain;
+    Json links = Json::array();
+    for (const SourceLink& link : chain.links) links.push_back(linkJson(link));
+    Json data = {{"mobId", aafkit::mobIdToText(clip.source.mobId)}, {"slotId", clip.source.slotId},
+                 {"startTime", clip.source.startTime}, {"sourceChain", std::move(links)}};
+    if (const SourceLink* origin = chain.origin()) data["tapeName"] = origin->name;
+    if (!chain.broken.empty()) data["broken"] = chain.broken;
+    return data;
+}
+
+Json availableRange(const SourceLink& link) {
+    return otioRange(0, double(link.essenceLength), rateValue(link.sampleRate));
+}
+
+// DEFAULT_MEDIA is the media file (mediaUrl); every mob of the chain that locates its media
+// is listed too, under its name.
+Json mediaReferences(const Segment& clip) {
+    const SourceChain& chain = clip.source.chain;
+    Json references = Json::object();
+    const std::string url = mediaUrl(chain);
+    if (url.empty()) {
+        Json missing = otioObject("MissingReference.1", clipName(clip), {});
+        missing["available_range"] = nullptr;
+        missing["available_image_bounds"] = nullptr;
+        references["DEFAULT_MEDIA"] = std::move(missing);
+    }
+    for (const SourceLink& link : chain.links) {
+        if (link.locators.empty() && link.importPath.empty()) continue;
+        const std::string linkUrl = fileUrl(link.importPath.empty() ? link.locators.front() : link.importPath);
+        Json external = otioObject("ExternalReference.1", link.name, {{"mobId", aafkit::mobIdToText(link.mobId)}});
+        external["target_url"] = linkUrl;
+        external["available_range"] = link.essenceLength > 0 && link.sampleRate.numerator > 0 ? availableRange(link) : Json();
+        external["available_image_bounds"] = nullptr;
+        if (linkUrl == url && !references.contains("DEFAULT_MEDIA")) references["DEFAULT_MEDIA"] = external;
+        std::string key = link.name.empty() ? mobKindName(link.kind) : link.name;
+        while (references.contains(key)) key += "+";
+        references[key] = std::move(external);
+    }
+    return references;
+}
+
+class TrackBuilder {
+public:
+    TrackBuilder(const aafRational_t& rate, const OtioExportOptions& options) : rate_(rate), options_(options) {}
+
+    std::vector<OtioPiece> pieces(const Segment& segment) {
+        std::vector<OtioPiece> out;
+        add(segment, out);
+        return out;
+    }
+
+    Json track(const std::string& name, DataKind data, std::vector<OtioPiece> pieces, Json aafbridge) const {
+        trimAroundTransitions(pieces);
+        Json object = otioTrackItem("Track.1", name, std::move(aafbridge));
+        object["kind"] = trackKind(data);
+        object["children"] = otioChildren(pieces, rateValue(rate_));
+        return object;
+    }
+
+private:
+    void add(const Segment& segment, std::vector<OtioPiece>& out) {
+        switch (segment.kind) {
+        case SegmentKind::Sequence:
+            for (const Segment& child : segment.children) add(child, out);
+            return;
+        case SegmentKind::SourceClip: return out.push_back(clipPiece(segment));
+        case SegmentKind::Transition: return out.push_back(transitionPiece(segment));
+        case SegmentKind::OperationGroup: return addOperation(segment, out);
+        case SegmentKind::NestedComposition: return addNest(segment, out);
+        case SegmentKind::Selector:
+        case SegmentKind::EssenceGroup:
+            if (!segment.children.empty()) return add(segment.children.front(), out);
+            break;
+        case SegmentKind::NestedScope:
+            if (!segment.children.empty()) return add(segment.children.back(), out);
+            break;
+        case SegmentKind::Marker: return;  // markers go with the composition's
+        default: break;
+        }
+        out.push_back(gapPiece(segment));
+    }
+
+    OtioPiece gapPiece(const Segment& segment) const {
+        Json data = Json::object();
+        if (segment.kind != SegmentKind::Filler) data["kind"] = segment.className;
+        if (!segment.problem.empty()) data["problem"] = segment.problem;
+        return {otioTrackItem("Gap.1", "", std::move(data)), 0, segment.length};
+    }
+
+    OtioPiece clipPiece(const Segment& segment) const {
+        Json item = otioTrackItem("Clip.2", clipName(segment), clipMetadata(segment));
+        item["media_references"] = mediaReferences(segment);
+        item["active_media_reference_key"] = "DEFAULT_MEDIA";
+        return {std::move(item), sourceStart(segment, rate_), segment.length};
+    }
+
+    OtioPiece transitionPiece(const Segment& segment) const {
+        Json data = {{"length", segment.length}, {"cutPoint", segment.cutPoint},
+                     {"operation", segment.operation.name}, {"operationId", aafkit::auidToText(segment.operation.id)},
+                     {"parameters", parametersJson(segment.operation)}};
+        OtioPiece piece{otioTransition(segment.length, segment.cutPoint, rateValue(rate_), std::move(data))};
+        piece.transition = true;
+        piece.length = segment.length;
+        piece.cutPoint = segment.cutPoint;
+        return piece;
+    }
+
+    // Each input of an audio channel combiner is one channel of a multichannel clip.
+    void addChannels(const Segment& group, std::vector<OtioPiece>& out) {
+        Json tracks = Json::array();
+        std::string name;
+        for (const Segment& input : group.children) {
+            std::vector<OtioPiece> channel = pieces(input);
+            if (name.empty() && !channel.empty()) name = channel.front().item["name"].get<std::string>();
+            tracks.push_back(track(name, group.data, std::move(channel), Json::object()));
+        }
+        for (Json& channelTrack : tracks) channelTrack["name"] = name;
+        Json stack = otioTrackItem("Stack.1", name, {{"operation", group.operation.name},
+                                                      {"channels", group.children.size()}});
+        stack["children"] = std::move(tracks);
+        out.push_back({std::move(stack), 0, group.length});
+    }
+
+    void addOperation(const Segment& group, std::vector<OtioPiece>& out) {
+        if (group.operation.id == kAudioChannelCombiner) return addChannels(group, out);
+        std::vector<OtioPiece> inner = group.children.empty() ? std::vector<OtioPiece>{gapPiece(group)}
+                                                              : pieces(group.children.front());
+        const Json effect = effectJson(group.operation, group.length);
+        if (inner.size() == 1 && !inner.front().transition) {
+            OtioPiece piece = std::move(inner.front());
+            piece.item["effects"].push_back(effect);
+            piece.duration = group.length;
+            out.push_back(std::move(piece));
+            return;
+        }
+        Json nested = track("", group.data, std::move(inner), Json::object());
+        nested["effects"].push_back(effect);
+        out.push_back({std::move(nested), 0, group.length});
+    }
+
+    void addNest(const Segment& nest, std::vector<OtioPiece>& out) {
+        if (nest.children.empty()) {
+            OtioPiece gap = gapPiece(nest);
+            gap.item["metadata"]["aafbridge"]["nestedComposition"] = nest.nestedName;
+            return out.push_back(std::move(gap));
+        }
+        TrackBuilder inner(nest.nestedRate, options_);
+        std::vector<OtioPiece> children = inner.pieces(nest.children.front());
+        const int64_t start = convertEditUnits(nest.source.startTime, nest.nestedRate, rate_);
+        if (options_.flatten) return spliceWindow(std::move(children), start, nest.length, out);
+        Json stack = otioTrackItem("Stack.1", nest.nestedName,
+                                   {{"mobId", aafkit::mobIdToText(nest.source.mobId)}, {"slotId", nest.source.slotId}});
+        stack["children"].push_back(inner.track(nest.nestedName, nest.children.front().data, std::move(children),
+                                                Json::object()));
+        if (!nest.problem.empty()) stack["metadata"]["aafbridge"]["problem"] = nest.problem;
+        out.push_back({std::move(stack), start, nest.length});
+    }
+
+    // The part of a nest's track that its source clip shows, spliced in place. Transitions
+    // inside are settled first, so the track's own trimming leaves them alone.
+    void spliceWindow(std::vector<OtioPiece> children, int64_t start, int64_t length, std::vector<OtioPiece>& out) {
+        trimAroundTransitions(children);
+        int64_t position = 0;
+        const int64_t end = start + length;
+        for (OtioPiece& piece : children) {
+            if (piece.transition) {
+                piece.length = piece.cutPoint = 0;
+                if (position > start && position < end) out.push_back(std::move(piece));
+                continue;
+            }
+            const int64_t itemStart = position;
+            position += piece.duration;
+            const int64_t from = std::max(itemStart, start), to = std::min(position, end);
+            if (to <= from) continue;
+            piece.start += from - itemStart;
+            piece.duration = to - from;
+            out.push_back(std::move(piece));
+        }
+    }
+
+    aafRational_t rate_;
+    OtioExportOptions options_;
+};
+
+}  // namespace
+
+namespace {
+
+bool isOtioTrack(const Track& track) {
+    return track.slotClass == SlotClass::Timeline && (track.data == DataKind::Picture || track.data == DataKind::Sound);
+}
+
+std::string trackName(const Track& track, uint32_t number) {
+    if (!track.name.empty()) return track.name;
+    return (track.data == DataKind::Picture ? "V" : "A") + std::to_string(number);
+}
+
+Json trackJson(const Track& track, uint32_t number, const OtioExportOptions& options) {
+    TrackBuilder builder(track.editRate, options);
+    return builder.track(trackName(track, number), track.data, builder.pieces(track.segment),
+                         {{"slotId", track.slotId}, {"physicalTrack", track.physicalTrack},
+                          {"editRate", rationalJson(track.editRate)}, {"origin", track.origin}});
+}
+
+// The track a marker belongs to: the first slot it describes; Avid leaves that out for
+// markers on the timecode track.
+const Track* attachedTrack(const Composition& composition, const Marker& marker) {
+    if (!marker.describedSlots.empty()) return composition.findTrack(marker.describedSlots.front());
+    for (const Track& track : composition.tracks)
+        if (track.data == DataKind::Timecode && track.slotClass == SlotClass::Timeline) return &track;
+    return nullptr;
+}
+
+Json markerJson(const Marker& marker, const Track* attached, const aafRational_t& rate) {
+    Json data = {{"slotId", marker.slotId}, {"describedSlots", marker.describedSlots}};
+    if (attached) {
+        data["attachedSlotId"] = attached->slotId;
+        data["attachedPhysicalTrack"] = attached->physicalTrack;
+        data["attachedKind"] = dataKindName(attached->data);
+    }
+    if (marker.rgb) data["rgb"] = {marker.rgb->red, marker.rgb->green, marker.rgb->blue};
+    if (!marker.colour.empty()) data["colour"] = marker.colour;
+    Json object = otioObject("Marker.2", marker.name, std::move(data));
+    object["marked_range"] = otioRange(double(convertEditUnits(marker.position, marker.editRate, rate)),
+                                       double(convertEditUnits(marker.length, marker.editRate, rate)), rateValue(rate));
+    const std::string colour = colourName(marker);
+    object["color"] = colour.empty() ? "RED" : colour;
+    object["comment"] = marker.comment;
+    return object;
+}
+
+// Markers go on the OTIO track of the slot they belong to, the rest on the top Stack.
+void placeMarkers(const Composition& composition, const std::vector<const Track*>& exported, Json& stack) {
+    for (const Marker& marker : composition.markers) {
+        const Track* attached = attachedTrack(composition, marker);
+        auto found = std::find(exported.begin(), exported.end(), attached);
+        if (found == exported.end()) {
+            stack["markers"].push_back(markerJson(marker, attached, marker.editRate));
+            continue;
+        }
+        stack["children"][size_t(found - exported.begin())]["markers"].push_back(
+            markerJson(marker, attached, attached->editRate));
+    }
+}
+
+Json stackJson(const Composition& composition, const OtioExportOptions& options) {
+    Json stack = otioTrackItem("Stack.1", "tracks", {});
+    stack["children"] = Json::array();
+    std::vector<const Track*> exported;
+    uint32_t pictures = 0, sounds = 0;
+    for (const Track& track : composition.tracks) {
+        if (!isOtioTrack(track)) continue;
+        const uint32_t number = track.data == DataKind::Picture ? ++pictures : ++sounds;
+        stack["children"].push_back(trackJson(track, number, options));
+        exported.push_back(&track);
+    }
+    placeMarkers(composition, exported, stack);
+    return stack;
+}
+
+}  // namespace
+
+Json otioFromComposition(const Composition& composition, const std::string& fallbackName,
+                         const OtioExportOptions& options) {
+    Json data = {{"mobId", aafkit::mobIdToText(composition.mobId)}};
+    if (composition.timecode) data["timecode"] = timecodeJson(*composition.timecode);
+    Json timeline = otioObject("Timeline.1", composition.name.empty() ? fallbackName : composition.name, std::move(data));
+    const std::optional<Timecode>& timecode = composition.timecode;
+    timeline["global_start_time"] =
+        timecode ? otioTime(double(timecode->start), timecode->editRate.numerator > 0 ? rateValue(timecode->editRate)
+                                                                                      : double(timecode->fps))
+                 : Json();
+    timeline["tracks"] = stackJson(composition, options);
+    return timeline;
+}

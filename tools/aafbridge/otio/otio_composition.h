@@ -1,0 +1,16 @@
+#pragma once
+// The composition as the file holds it (composition/) as an OpenTimelineIO Timeline: clips in
+// their sources' timecode with their media, nests as nested items, speed changes as time
+// warps, markers with their colours on the tracks they belong to.
+#include <nlohmann/json.hpp>
+#include <string>
+
+#include "composition/Composition.h"
+
+struct OtioExportOptions {
+    bool flatten = false;  // nested compositions spliced into their tracks: one level per track
+};
+
+// `fallbackName` names the Timeline when the composition has no name.
+nlohmann::ordered_json otioFromComposition(const composition::Composition& composition,
+                                           const std::string& fallbackName, const OtioExportOptions& options);
