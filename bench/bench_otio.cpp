@@ -14,8 +14,8 @@
 #include "BenchSamples.h"
 #include "ChildProcess.h"
 #include "tools/aafbridge/description/WriteDescription.h"
-#include "tools/aafbridge/HostView.h"
-#include "tools/aafbridge/otio.h"
+#include "tools/aafbridge/view/HostView.h"
+#include "tools/aafbridge/otio/otio.h"
 
 namespace {
 

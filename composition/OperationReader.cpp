@@ -34,10 +34,13 @@ bool numberOf(const Object& holder, uint16_t pid, double& out) {
     return false;
 }
 
-// A definition's identification and name, through the dictionary set `setPid`.
+// A definition's identification and name, through the dictionary set `setPid`. Operation
+// groups refer to theirs by weak reference, parameters by the definition's AUID.
 void definitionOf(const Object& holder, uint16_t pid, uint16_t setPid, aafUID_t& id, std::string& name) {
     Object* definition = nullptr;
-    if (aafkit::getReferencedId(holder, pid, id) != AAFRESULT_SUCCESS) return;
+    if (aafkit::getReferencedId(holder, pid, id) != AAFRESULT_SUCCESS &&
+        aafkit::getAuid(holder, pid, id) != AAFRESULT_SUCCESS)
+        return;
     if (aafkit::lookupDefinition(aafkit::fileOf(holder), setPid, id, definition) == AAFRESULT_SUCCESS && definition)
         name = textOf(*definition, PID_DefinitionObject_Name);
 }

@@ -77,6 +77,8 @@ struct Segment {
     int64_t cutPoint = 0;          // Transition
     Operation operation;           // OperationGroup, Transition
     Timecode timecode;             // Timecode
+    uint32_t relativeScope = 0;    // ScopeReference: scopes out from the innermost,
+    uint32_t relativeSlot = 0;     // and slots back from the referring one
     // Sequence: its components; OperationGroup: its inputs; Selector: the selected segment,
     // then the alternates; EssenceGroup: its choices; NestedScope: its slots;
     // NestedComposition: the referenced slot's segment.

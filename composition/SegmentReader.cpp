@@ -102,6 +102,8 @@ void readKind(const Object& object, const aafRational_t& rate, Segment& segment,
         readChildren(objectsOf(object, PID_NestedScope_Slots), rate, context, segment);
     } else if (object.isA(AUID_AAFScopeReference)) {
         segment.kind = SegmentKind::ScopeReference;
+        segment.relativeScope = uint32Of(object, PID_ScopeReference_RelativeScope);
+        segment.relativeSlot = uint32Of(object, PID_ScopeReference_RelativeSlot);
     } else if (object.isA(AUID_AAFSelector)) {
         readSelector(object, rate, segment, context);
     } else if (object.isA(AUID_AAFEssenceGroup)) {

@@ -163,7 +163,7 @@ TEST_F(DemoExport, MarkersSitOnTheTopStack) {
 }
 
 TEST_F(DemoExport, OutputFileHoldsWhatStandardOutputShows) {
-    ASSERT_EQ(testsupport::runTool("otio " + aaf + " -o " + otioFile).exitCode, 0);
+    ASSERT_EQ(testsupport::runTool("otio --host-view " + aaf + " -o " + otioFile).exitCode, 0);
     std::ifstream in(otioFile);
     EXPECT_EQ(Json::parse(in), otio);
 }
@@ -173,7 +173,11 @@ TEST(OtioExport, BadArgumentsAndFilesAreReported) {
     otiotest::saveText(notAaf, "not an AAF file");
     const testsupport::ToolRun bad = testsupport::runTool("otio " + notAaf);
     EXPECT_EQ(bad.exitCode, 1);
-    EXPECT_NE(bad.output.find("cannot open"), std::string::npos) << bad.output;
+    EXPECT_NE(bad.output.find("is not an AAF file"), std::string::npos) << bad.output;
+    const testsupport::ToolRun badHostView = testsupport::runTool("otio --host-view " + notAaf);
+    EXPECT_EQ(badHostView.exitCode, 1);
+    EXPECT_NE(badHostView.output.find("cannot open"), std::string::npos) << badHostView.output;
+    EXPECT_EQ(testsupport::runTool("otio --flatten --host-view " + notAaf).exitCode, 1);
     EXPECT_EQ(testsupport::runTool("otio").exitCode, 2);
     EXPECT_EQ(testsupport::runTool("otio " + notAaf + " -x out.otio").exitCode, 2);
     std::filesystem::remove(notAaf);

@@ -27,6 +27,6 @@ inline Json toolJson(const std::string& arguments) {
 
 inline Json hostView(const std::string& aaf) { return toolJson("timeline " + testsupport::quoted(aaf) + " --json"); }
 
-inline Json otioOf(const std::string& aaf) { return toolJson("otio " + testsupport::quoted(aaf)); }
+inline Json otioOf(const std::string& aaf) { return toolJson("otio --host-view " + testsupport::quoted(aaf)); }
 
 }  // namespace otiotest

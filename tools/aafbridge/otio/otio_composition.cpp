@@ -33,10 +33,17 @@ Json parametersJson(const Operation& operation) {
     return parameters;
 }
 
-// The speed a time warp plays its input at: the ratio parameter editors write.
+// Avid's speed map: the play speed at each key frame.
+constexpr aafUID_t kAvidSpeedMap = {0x8d56827c, 0x847e, 0x11d5, {0x93, 0x5a, 0x50, 0xf8, 0x57, 0xc1, 0x00, 0x00}};
+
+// The speed a time warp plays its input at: Avid's speed map where there is one, else the
+// ratio of output to input length that the model defines, else the speed factor editors
+// write with it.
 double speedOf(const Operation& operation) {
-    for (const aafUID_t& id : {kAAFParameterDef_SpeedRatio, kAAFParameterDef_Ratio})
-        if (const Parameter* ratio = operation.find(id)) return ratio->value;
+    if (const Parameter* map = operation.find(kAvidSpeedMap)) return map->value;
+    if (const Parameter* ratio = operation.find(kAAFParameterDef_SpeedRatio))
+        return ratio->value != 0 ? 1.0 / ratio->value : 0.0;
+    if (const Parameter* factor = operation.find(kAAFParameterDef_Ratio)) return factor->value;
     return 1.0;
 }
 
@@ -155,12 +162,36 @@ private:
             if (!segment.children.empty()) return add(segment.children.front(), out);
             break;
         case SegmentKind::NestedScope:
-            if (!segment.children.empty()) return add(segment.children.back(), out);
+            if (!segment.children.empty()) return addScopeSlot(segment, segment.children.size() - 1, out);
+            break;
+        case SegmentKind::ScopeReference:
+            if (addReferencedSlot(segment, out)) return;
             break;
         case SegmentKind::Marker: return;  // markers go with the composition's
         default: break;
         }
         out.push_back(gapPiece(segment));
+    }
+
+    // A nested scope shows its last slot; the slots before it are what scope references in
+    // it name, so the scopes open on the way down are kept with the slot being read.
+    void addScopeSlot(const Segment& scope, size_t slot, std::vector<OtioPiece>& out) {
+        scopes_.push_back({&scope, slot});
+        add(scope.children[slot], out);
+        scopes_.pop_back();
+    }
+
+    // A reference always names an earlier slot, so following it ends.
+    bool addReferencedSlot(const Segment& reference, std::vector<OtioPiece>& out) {
+        if (reference.relativeScope >= scopes_.size() || reference.relativeSlot == 0) return false;
+        const size_t level = scopes_.size() - 1 - reference.relativeScope;
+        const OpenScope open = scopes_[level];
+        if (reference.relativeSlot > open.slot) return false;
+        std::vector<OpenScope> inner(scopes_.begin() + long(level), scopes_.end());
+        scopes_.resize(level);
+        addScopeSlot(*open.scope, open.slot - reference.relativeSlot, out);
+        scopes_.insert(scopes_.end(), inner.begin(), inner.end());
+        return true;
     }
 
     OtioPiece gapPiece(const Segment& segment) const {
@@ -261,8 +292,14 @@ private:
         }
     }
 
+    struct OpenScope {
+        const Segment* scope;
+        size_t slot;
+    };
+
     aafRational_t rate_;
     OtioExportOptions options_;
+    std::vector<OpenScope> scopes_;
 };
 
 }  // namespace
