@@ -13,9 +13,9 @@
 
 #include "BenchSamples.h"
 #include "ChildProcess.h"
-#include "tools/aafbridge/description/WriteDescription.h"
-#include "tools/aafbridge/view/HostView.h"
-#include "tools/aafbridge/otio/otio.h"
+#include "description/WriteDescription.h"
+#include "view/HostView.h"
+#include "otio/otio.h"
 
 namespace {
 

@@ -58,17 +58,6 @@ void readSourceClip(const Object& clip, const aafRational_t& rate, Segment& segm
     source.chain = resolveChain(source.mobId, source.slotId, source.startTime, rate, context);
 }
 
-void readTimecode(const Object& object, Segment& segment) {
-    segment.kind = SegmentKind::Timecode;
-    segment.timecode.start = int64Of(object, PID_Timecode_Start);
-    uint16_t fps = 0;
-    uint8_t drop = 0;
-    aafkit::getUInt16(object, PID_Timecode_FPS, fps);
-    aafkit::getUInt8(object, PID_Timecode_Drop, drop);
-    segment.timecode.fps = fps;
-    segment.timecode.drop = drop != 0;
-}
-
 void readSelector(const Object& selector, const aafRational_t& rate, Segment& segment, ReadContext& context) {
     segment.kind = SegmentKind::Selector;
     if (Object* selected = aafkit::strongChild(&selector, PID_Selector_Selected))
@@ -110,7 +99,8 @@ void readKind(const Object& object, const aafRational_t& rate, Segment& segment,
         segment.kind = SegmentKind::EssenceGroup;
         readChildren(objectsOf(object, PID_EssenceGroup_Choices), rate, context, segment);
     } else if (object.isA(AUID_AAFTimecode)) {
-        readTimecode(object, segment);
+        segment.kind = SegmentKind::Timecode;
+        segment.timecode = readTimecode(object);
     } else if (object.isA(AUID_AAFEvent)) {
         segment.kind = SegmentKind::Marker;
     } else if (segment.className == "Edgecode") {

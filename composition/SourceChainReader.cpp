@@ -144,6 +144,18 @@ SourceChain resolveChain(const aafMobID_t& mobId, uint32_t slotId, int64_t start
     return chain;
 }
 
+Timecode readTimecode(const Object& timecodeSegment) {
+    Timecode timecode;
+    timecode.start = int64Of(timecodeSegment, PID_Timecode_Start);
+    uint16_t fps = 0;
+    uint8_t drop = 0;
+    aafkit::getUInt16(timecodeSegment, PID_Timecode_FPS, fps);
+    aafkit::getUInt8(timecodeSegment, PID_Timecode_Drop, drop);
+    timecode.fps = fps;
+    timecode.drop = drop != 0;
+    return timecode;
+}
+
 std::optional<Timecode> findTimecode(const Object& mob) {
     for (const Object* slot : aafkit::getSlots(mob)) {
         Object* segment = nullptr;
@@ -153,14 +165,7 @@ std::optional<Timecode> findTimecode(const Object& mob) {
             segment = components.empty() ? nullptr : components.front();
         }
         if (!segment || !segment->isA(AUID_AAFTimecode)) continue;
-        Timecode timecode;
-        timecode.start = int64Of(*segment, PID_Timecode_Start);
-        uint16_t fps = 0;
-        uint8_t drop = 0;
-        aafkit::getUInt16(*segment, PID_Timecode_FPS, fps);
-        aafkit::getUInt8(*segment, PID_Timecode_Drop, drop);
-        timecode.fps = fps;
-        timecode.drop = drop != 0;
+        Timecode timecode = readTimecode(*segment);
         timecode.editRate = rationalOf(*slot, PID_TimelineMobSlot_EditRate);
         return timecode;
     }

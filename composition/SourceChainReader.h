@@ -12,6 +12,8 @@ namespace composition {
 SourceChain resolveChain(const aafMobID_t& mobId, uint32_t slotId, int64_t start, const aafRational_t& rate,
                          ReadContext& context);
 
+// A Timecode segment's start, rate and drop flag (the slot's edit rate is the caller's).
+Timecode readTimecode(const aafkit::Object& timecodeSegment);
 // The mob's first timecode track; none when it has none.
 std::optional<Timecode> findTimecode(const aafkit::Object& mob);
 

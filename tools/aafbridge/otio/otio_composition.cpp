@@ -67,6 +67,19 @@ Json effectJson(const Operation& operation, int64_t length) {
     return effect;
 }
 
+Json taggedJson(const std::vector<TaggedValue>& values) {
+    Json out = Json::object();
+    for (const TaggedValue& value : values)
+        out[value.name] = value.children.empty() ? Json(value.value) : taggedJson(value.children);
+    return out;
+}
+
+// User comments and attribute lists, where the object has any.
+void addMetadata(const Metadata& metadata, Json& data) {
+    if (!metadata.comments.empty()) data["comments"] = taggedJson(metadata.comments);
+    if (!metadata.attributes.empty()) data["attributes"] = taggedJson(metadata.attributes);
+}
+
 Json timecodeJson(const Timecode& timecode) {
     return {{"start", timecode.start}, {"fps", timecode.fps}, {"drop", timecode.drop}};
 }
@@ -95,6 +108,7 @@ Json clipMetadata(const Segment& clip) {
                  {"startTime", clip.source.startTime}, {"sourceChain", std::move(links)}};
     if (const SourceLink* origin = chain.origin()) data["tapeName"] = origin->name;
     if (!chain.broken.empty()) data["broken"] = chain.broken;
+    addMetadata(clip.metadata, data);
     return data;
 }
 
@@ -317,9 +331,10 @@ std::string trackName(const Track& track, uint32_t number) {
 
 Json trackJson(const Track& track, uint32_t number, const OtioExportOptions& options) {
     TrackBuilder builder(track.editRate, options);
-    return builder.track(trackName(track, number), track.data, builder.pieces(track.segment),
-                         {{"slotId", track.slotId}, {"physicalTrack", track.physicalTrack},
-                          {"editRate", rationalJson(track.editRate)}, {"origin", track.origin}});
+    Json data = {{"slotId", track.slotId}, {"physicalTrack", track.physicalTrack},
+                 {"editRate", rationalJson(track.editRate)}, {"origin", track.origin}};
+    addMetadata(track.metadata, data);
+    return builder.track(trackName(track, number), track.data, builder.pieces(track.segment), std::move(data));
 }
 
 // The track a marker belongs to: the first slot it describes; Avid leaves that out for
@@ -340,6 +355,7 @@ Json markerJson(const Marker& marker, const Track* attached, const aafRational_t
     }
     if (marker.rgb) data["rgb"] = {marker.rgb->red, marker.rgb->green, marker.rgb->blue};
     if (!marker.colour.empty()) data["colour"] = marker.colour;
+    addMetadata(marker.metadata, data);
     Json object = otioObject("Marker.2", marker.name, std::move(data));
     object["marked_range"] = otioRange(double(convertEditUnits(marker.position, marker.editRate, rate)),
                                        double(convertEditUnits(marker.length, marker.editRate, rate)), rateValue(rate));
@@ -384,6 +400,7 @@ Json otioFromComposition(const Composition& composition, const std::string& fall
                          const OtioExportOptions& options) {
     Json data = {{"mobId", aafkit::mobIdToText(composition.mobId)}};
     if (composition.timecode) data["timecode"] = timecodeJson(*composition.timecode);
+    addMetadata(composition.metadata, data);
     Json timeline = otioObject("Timeline.1", composition.name.empty() ? fallbackName : composition.name, std::move(data));
     const std::optional<Timecode>& timecode = composition.timecode;
     timeline["global_start_time"] =
