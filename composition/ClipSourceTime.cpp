@@ -9,7 +9,8 @@ int64_t sourceStart(const Segment& clip, const aafRational_t& rate) {
     if (const SourceLink* timecoded = chain.timecoded())
         return convertEditUnits(timecoded->start, timecoded->editRate, rate) +
                convertEditUnits(timecoded->timecode->start, timecoded->timecode->editRate, rate);
-    if (!chain.links.empty()) return convertEditUnits(chain.links.back().start, chain.links.back().editRate, rate);
+    if (const SourceLink* deepest = chain.deepestPlaced())
+        return convertEditUnits(deepest->start, deepest->editRate, rate);
     return clip.source.startTime;
 }
 

@@ -9,7 +9,7 @@
 namespace composition {
 
 // The clip's first frame in its source's timecode, in edit units at `rate`: the deepest mob
-// of the chain that carries a timecode, else its position in the deepest mob reached.
+// of the chain that carries a timecode, else its position in the deepest slot reached.
 int64_t sourceStart(const Segment& clip, const aafRational_t& rate);
 
 // The master clip's name, else the first mob's of the chain.

@@ -38,8 +38,7 @@ Track readTrack(const Object& slot, ReadContext& context) {
     track.slotId = uint32Of(slot, PID_MobSlot_SlotID);
     track.physicalTrack = uint32Of(slot, PID_MobSlot_PhysicalTrackNumber);
     track.slotClass = slotClassOf(slot);
-    track.editRate = rationalOf(slot, track.slotClass == SlotClass::Event ? PID_EventMobSlot_EditRate
-                                                                          : PID_TimelineMobSlot_EditRate);
+    track.editRate = slotEditRate(slot);
     track.origin = int64Of(slot, PID_TimelineMobSlot_Origin);
     track.metadata = readMetadata(slot, 0, 0, &kAAFPropID_TimelineMobSlot_TimelineMobAttributeList);
     if (Object* segment = aafkit::strongChild(&slot, PID_MobSlot_Segment)) {

@@ -3,6 +3,7 @@
 #include <cstdio>
 
 #include "aafkit/File.h"
+#include "aafkit/meta/Ids.h"
 #include "aafkit/meta/MetaModel.h"
 #include "aafkit/om/Values.h"
 
@@ -29,6 +30,10 @@ uint32_t uint32Of(const Object& o, uint16_t pid, uint32_t fallback) {
 aafRational_t rationalOf(const Object& o, uint16_t pid) {
     aafRational_t value = {0, 1};
     return aafkit::getRational(o, pid, value) == AAFRESULT_SUCCESS ? value : aafRational_t{0, 1};
+}
+
+aafRational_t slotEditRate(const Object& slot) {
+    return rationalOf(slot, slot.isA(AUID_AAFEventMobSlot) ? PID_EventMobSlot_EditRate : PID_TimelineMobSlot_EditRate);
 }
 
 const std::vector<Object*>& objectsOf(const Object& o, uint16_t pid) {

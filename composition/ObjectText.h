@@ -13,6 +13,8 @@ std::string textOf(const aafkit::Object& o, uint16_t pid);
 int64_t int64Of(const aafkit::Object& o, uint16_t pid, int64_t fallback = 0);
 uint32_t uint32Of(const aafkit::Object& o, uint16_t pid, uint32_t fallback = 0);
 aafRational_t rationalOf(const aafkit::Object& o, uint16_t pid);
+// A mob slot's edit rate, stored by event and timeline slots under properties of their own.
+aafRational_t slotEditRate(const aafkit::Object& slot);
 // The objects of a strong-reference vector or set; empty when there are none.
 const std::vector<aafkit::Object*>& objectsOf(const aafkit::Object& o, uint16_t pid);
 // The pid this file gave an extension property; 0 when the file does not use it.

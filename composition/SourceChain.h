@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "Marker.h"
 #include "aafkit/AafTypes.h"
 
 namespace composition {
@@ -41,6 +42,11 @@ struct SourceLink {
     bool embedded = false;
     // Where the editor imported the media from, as it recorded it (Avid's "UNC Path").
     std::string importPath;
+    // Master clips: the markers an editor left on the clip itself, in its slots' edit units.
+    std::vector<Marker> markers;
+
+    // Whether the chain reached the slot, so that `start` and `editRate` say where it is.
+    bool placed() const { return editRate.numerator > 0 && editRate.denominator > 0; }
 };
 
 struct SourceChain {
@@ -50,8 +56,10 @@ struct SourceChain {
     const SourceLink* find(MobKind kind) const;
     // The deepest mob that stands for physical media: tape, film or import source, else the file.
     const SourceLink* origin() const;
-    // The deepest link that carries a timecode track.
+    // The deepest placed link that carries a timecode track.
     const SourceLink* timecoded() const;
+    // The deepest placed link; null when there is none.
+    const SourceLink* deepestPlaced() const;
 };
 
 }  // namespace composition

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "EditTime.h"
+#include "MarkerReader.h"
 #include "MetadataReader.h"
 #include "ObjectText.h"
 #include "aafkit/Mobs.h"
@@ -52,9 +53,16 @@ void describeSource(const Object& descriptor, SourceLink& link, ReadContext& con
 const Object* sourceClipAt(const Object& segment, int64_t& position, int depth = 0) {
     if (depth > kMaxDepth) return nullptr;
     if (segment.isA(AUID_AAFSourceClip)) return &segment;
-    if (segment.isA(AUID_AAFEssenceGroup)) {
-        const std::vector<Object*>& choices = objectsOf(segment, PID_EssenceGroup_Choices);
-        return choices.empty() ? nullptr : sourceClipAt(*choices.front(), position, depth + 1);
+    // Where a mob's slot holds a choice or an effect (a sub-clip's gain, say), the material
+    // is the first choice's or the first input's.
+    if (segment.isA(AUID_AAFEssenceGroup) || segment.isA(AUID_AAFOperationGroup)) {
+        const std::vector<Object*>& inputs = objectsOf(
+            segment, segment.isA(AUID_AAFEssenceGroup) ? PID_EssenceGroup_Choices : PID_OperationGroup_InputSegments);
+        return inputs.empty() ? nullptr : sourceClipAt(*inputs.front(), position, depth + 1);
+    }
+    if (segment.isA(AUID_AAFSelector)) {
+        Object* selected = aafkit::strongChild(&segment, PID_Selector_Selected);
+        return selected ? sourceClipAt(*selected, position, depth + 1) : nullptr;
     }
     if (!segment.isA(AUID_AAFSequence)) return nullptr;
     for (const Object* component : objectsOf(segment, PID_Sequence_Components)) {
@@ -99,6 +107,9 @@ std::optional<Reference> addLink(const Reference& reference, SourceChain& chain,
     link.slotId = reference.slotId;
     link.timecode = findTimecode(*mob);
     link.importPath = importPathOf(*mob);
+    if (link.kind == MobKind::Master)
+        for (const Object* masterSlot : aafkit::getSlots(*mob))
+            readMarkers(*masterSlot, slotEditRate(*masterSlot), link.markers);
     if (descriptor) describeSource(*descriptor, link, context);
     Object* slot = nullptr;
     if (aafkit::lookupSlot(*mob, reference.slotId, slot) != AAFRESULT_SUCCESS) {
@@ -207,7 +218,13 @@ const SourceLink* SourceChain::origin() const {
 
 const SourceLink* SourceChain::timecoded() const {
     for (auto link = links.rbegin(); link != links.rend(); ++link)
-        if (link->timecode) return &*link;
+        if (link->timecode && link->placed()) return &*link;
+    return nullptr;
+}
+
+const SourceLink* SourceChain::deepestPlaced() const {
+    for (auto link = links.rbegin(); link != links.rend(); ++link)
+        if (link->placed()) return &*link;
     return nullptr;
 }
 

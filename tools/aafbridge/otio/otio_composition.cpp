@@ -1,6 +1,7 @@
 #include "otio/otio_composition.h"
 
 #include <algorithm>
+#include <optional>
 
 #include "aafkit/meta/EditorIds.h"
 #include "aafkit/meta/Ids.h"
@@ -36,11 +37,15 @@ Json parametersJson(const Operation& operation) {
 // Avid's speed map: the play speed at each key frame.
 constexpr aafUID_t kAvidSpeedMap = {0x8d56827c, 0x847e, 0x11d5, {0x93, 0x5a, 0x50, 0xf8, 0x57, 0xc1, 0x00, 0x00}};
 
-// The speed a time warp plays its input at: Avid's speed map where there is one, else the
-// ratio of output to input length that the model defines, else the speed factor editors
-// write with it.
-double speedOf(const Operation& operation) {
-    if (const Parameter* map = operation.find(kAvidSpeedMap)) return map->value;
+// The constant speed a time warp plays its input at: Avid's speed map where there is one, else
+// the ratio of output to input length that the model defines, else the speed factor editors
+// write with it. None when the speed changes over the effect (a ramp is no linear warp).
+std::optional<double> constantSpeed(const Operation& operation) {
+    if (const Parameter* map = operation.find(kAvidSpeedMap)) {
+        for (const KeyFrame& frame : map->keyFrames)
+            if (frame.value != map->value) return std::nullopt;
+        return map->value;
+    }
     if (const Parameter* ratio = operation.find(kAAFParameterDef_SpeedRatio))
         return ratio->value != 0 ? 1.0 / ratio->value : 0.0;
     if (const Parameter* factor = operation.find(kAAFParameterDef_Ratio)) return factor->value;
@@ -50,11 +55,11 @@ double speedOf(const Operation& operation) {
 Json effectJson(const Operation& operation, int64_t length) {
     Json data = {{"operationId", aafkit::auidToText(operation.id)}, {"length", length},
                  {"parameters", parametersJson(operation)}};
-    if (operation.timeWarp) {
-        const double speed = speedOf(operation);
-        Json warp = otioObject(speed == 0 ? "FreezeFrame.1" : "LinearTimeWarp.1", operation.name, std::move(data));
-        warp["effect_name"] = speed == 0 ? "FreezeFrame" : "LinearTimeWarp";
-        warp["time_scalar"] = speed;
+    const std::optional<double> speed = operation.timeWarp ? constantSpeed(operation) : std::nullopt;
+    if (speed) {
+        Json warp = otioObject(*speed == 0 ? "FreezeFrame.1" : "LinearTimeWarp.1", operation.name, std::move(data));
+        warp["effect_name"] = *speed == 0 ? "FreezeFrame" : "LinearTimeWarp";
+        warp["time_scalar"] = *speed;
         return warp;
     }
     Json effect = otioObject("Effect.1", operation.name, std::move(data));
@@ -143,6 +148,26 @@ Json mediaReferences(const Segment& clip) {
     return references;
 }
 
+// `start` is where the marker sits in its item's time, in edit units at `rate`.
+Json markerJson(const Marker& marker, const Track* attached, int64_t start, const aafRational_t& rate) {
+    Json data = {{"slotId", marker.slotId}, {"describedSlots", marker.describedSlots}};
+    if (attached) {
+        data["attachedSlotId"] = attached->slotId;
+        data["attachedPhysicalTrack"] = attached->physicalTrack;
+        data["attachedKind"] = dataKindName(attached->data);
+    }
+    if (marker.rgb) data["rgb"] = {marker.rgb->red, marker.rgb->green, marker.rgb->blue};
+    if (!marker.colour.empty()) data["colour"] = marker.colour;
+    addMetadata(marker.metadata, data);
+    Json object = otioObject("Marker.2", marker.name, std::move(data));
+    object["marked_range"] = otioRange(double(start), double(convertEditUnits(marker.length, marker.editRate, rate)),
+                                       rateValue(rate));
+    const std::string colour = colourName(marker);
+    object["color"] = colour.empty() ? "RED" : colour;
+    object["comment"] = marker.comment;
+    return object;
+}
+
 class TrackBuilder {
 public:
     TrackBuilder(const aafRational_t& rate, const OtioExportOptions& options) : rate_(rate), options_(options) {}
@@ -175,42 +200,38 @@ private:
         case SegmentKind::EssenceGroup:
             if (!segment.children.empty()) return add(segment.children.front(), out);
             break;
-        case SegmentKind::NestedScope:
-            if (!segment.children.empty()) return addScopeSlot(segment, segment.children.size() - 1, out);
-            break;
-        case SegmentKind::ScopeReference:
-            if (addReferencedSlot(segment, out)) return;
-            break;
+        case SegmentKind::NestedScope: return addScope(segment, out);
         case SegmentKind::Marker: return;  // markers go with the composition's
         default: break;
         }
         out.push_back(gapPiece(segment));
     }
 
-    // A nested scope shows its last slot; the slots before it are what scope references in
-    // it name, so the scopes open on the way down are kept with the slot being read.
-    void addScopeSlot(const Segment& scope, size_t slot, std::vector<OtioPiece>& out) {
-        scopes_.push_back({&scope, slot});
-        add(scope.children[slot], out);
-        scopes_.pop_back();
+    // A nested scope's slots are layers, each composited over the ones before it (Avid's
+    // video tracks above V1 are scope slots whose references name the slot below): a Stack
+    // with a Track per slot, first at the bottom. References stay gaps that say what they name.
+    void addScope(const Segment& scope, std::vector<OtioPiece>& out) {
+        Json stack = otioTrackItem("Stack.1", "", {{"kind", "NestedScope"}, {"slots", scope.children.size()}});
+        stack["children"] = Json::array();
+        for (const Segment& slot : scope.children) stack["children"].push_back(track("", slot.data, pieces(slot), {}));
+        out.push_back({std::move(stack), 0, scope.length});
     }
 
-    // A reference always names an earlier slot, so following it ends.
-    bool addReferencedSlot(const Segment& reference, std::vector<OtioPiece>& out) {
-        if (reference.relativeScope >= scopes_.size() || reference.relativeSlot == 0) return false;
-        const size_t level = scopes_.size() - 1 - reference.relativeScope;
-        const OpenScope open = scopes_[level];
-        if (reference.relativeSlot > open.slot) return false;
-        std::vector<OpenScope> inner(scopes_.begin() + long(level), scopes_.end());
-        scopes_.resize(level);
-        addScopeSlot(*open.scope, open.slot - reference.relativeSlot, out);
-        scopes_.insert(scopes_.end(), inner.begin(), inner.end());
-        return true;
+    // An operation plays as long as it is, however long its inputs run.
+    static void clipToLength(std::vector<OtioPiece>& pieces, int64_t length) {
+        int64_t position = 0;
+        for (OtioPiece& piece : pieces) {
+            if (piece.transition) continue;
+            piece.duration = std::max<int64_t>(0, std::min(piece.duration, length - position));
+            position += piece.duration;
+        }
     }
 
     OtioPiece gapPiece(const Segment& segment) const {
         Json data = Json::object();
         if (segment.kind != SegmentKind::Filler) data["kind"] = segment.className;
+        if (segment.kind == SegmentKind::ScopeReference)
+            data["refersTo"] = {{"relativeScope", segment.relativeScope}, {"relativeSlot", segment.relativeSlot}};
         if (!segment.problem.empty()) data["problem"] = segment.problem;
         return {otioTrackItem("Gap.1", "", std::move(data)), 0, segment.length};
     }
@@ -219,7 +240,20 @@ private:
         Json item = otioTrackItem("Clip.2", clipName(segment), clipMetadata(segment));
         item["media_references"] = mediaReferences(segment);
         item["active_media_reference_key"] = "DEFAULT_MEDIA";
-        return {std::move(item), sourceStart(segment, rate_), segment.length};
+        const int64_t start = sourceStart(segment, rate_);
+        addClipMarkers(segment, start, item);
+        return {std::move(item), start, segment.length};
+    }
+
+    // The markers on the master clip that fall within what the clip uses, in its source time.
+    void addClipMarkers(const Segment& clip, int64_t start, Json& item) const {
+        const SourceLink* master = clip.source.chain.find(MobKind::Master);
+        if (!master || !master->placed()) return;
+        const int64_t clipIn = convertEditUnits(master->start, master->editRate, rate_);
+        for (const Marker& marker : master->markers) {
+            const int64_t offset = convertEditUnits(marker.position, marker.editRate, rate_) - clipIn;
+            if (offset >= 0 && offset < clip.length) item["markers"].push_back(markerJson(marker, nullptr, start + offset, rate_));
+        }
     }
 
     OtioPiece transitionPiece(const Segment& segment) const {
@@ -233,24 +267,28 @@ private:
         return piece;
     }
 
-    // Each input of an audio channel combiner is one channel of a multichannel clip.
-    void addChannels(const Segment& group, std::vector<OtioPiece>& out) {
+    // Inputs played at once, each as a track of a Stack: the channels of a multichannel clip
+    // (Avid's audio channel combiner), or the layers of a title or composite. The Stack is
+    // named after the first clip in it.
+    void addInputStack(const Segment& group, std::vector<OtioPiece>& out) {
         Json tracks = Json::array();
         std::string name;
         for (const Segment& input : group.children) {
-            std::vector<OtioPiece> channel = pieces(input);
-            if (name.empty() && !channel.empty()) name = channel.front().item["name"].get<std::string>();
-            tracks.push_back(track(name, group.data, std::move(channel), Json::object()));
+            std::vector<OtioPiece> layer = pieces(input);
+            clipToLength(layer, group.length);
+            for (const OtioPiece& piece : layer)
+                if (name.empty() && piece.item["OTIO_SCHEMA"] == "Clip.2") name = piece.item["name"];
+            tracks.push_back(track("", group.data, std::move(layer), Json::object()));
         }
-        for (Json& channelTrack : tracks) channelTrack["name"] = name;
-        Json stack = otioTrackItem("Stack.1", name, {{"operation", group.operation.name},
-                                                      {"channels", group.children.size()}});
+        for (Json& layer : tracks) layer["name"] = name;
+        Json stack = otioTrackItem("Stack.1", name, {{"inputs", group.children.size()}});
+        stack["effects"].push_back(effectJson(group.operation, group.length));
         stack["children"] = std::move(tracks);
         out.push_back({std::move(stack), 0, group.length});
     }
 
     void addOperation(const Segment& group, std::vector<OtioPiece>& out) {
-        if (group.operation.id == kAudioChannelCombiner) return addChannels(group, out);
+        if (group.children.size() > 1 || group.operation.id == kAudioChannelCombiner) return addInputStack(group, out);
         std::vector<OtioPiece> inner = group.children.empty() ? std::vector<OtioPiece>{gapPiece(group)}
                                                               : pieces(group.children.front());
         const Json effect = effectJson(group.operation, group.length);
@@ -306,14 +344,8 @@ private:
         }
     }
 
-    struct OpenScope {
-        const Segment* scope;
-        size_t slot;
-    };
-
     aafRational_t rate_;
     OtioExportOptions options_;
-    std::vector<OpenScope> scopes_;
 };
 
 }  // namespace
@@ -346,36 +378,18 @@ const Track* attachedTrack(const Composition& composition, const Marker& marker)
     return nullptr;
 }
 
-Json markerJson(const Marker& marker, const Track* attached, const aafRational_t& rate) {
-    Json data = {{"slotId", marker.slotId}, {"describedSlots", marker.describedSlots}};
-    if (attached) {
-        data["attachedSlotId"] = attached->slotId;
-        data["attachedPhysicalTrack"] = attached->physicalTrack;
-        data["attachedKind"] = dataKindName(attached->data);
-    }
-    if (marker.rgb) data["rgb"] = {marker.rgb->red, marker.rgb->green, marker.rgb->blue};
-    if (!marker.colour.empty()) data["colour"] = marker.colour;
-    addMetadata(marker.metadata, data);
-    Json object = otioObject("Marker.2", marker.name, std::move(data));
-    object["marked_range"] = otioRange(double(convertEditUnits(marker.position, marker.editRate, rate)),
-                                       double(convertEditUnits(marker.length, marker.editRate, rate)), rateValue(rate));
-    const std::string colour = colourName(marker);
-    object["color"] = colour.empty() ? "RED" : colour;
-    object["comment"] = marker.comment;
-    return object;
-}
-
 // Markers go on the OTIO track of the slot they belong to, the rest on the top Stack.
 void placeMarkers(const Composition& composition, const std::vector<const Track*>& exported, Json& stack) {
     for (const Marker& marker : composition.markers) {
         const Track* attached = attachedTrack(composition, marker);
         auto found = std::find(exported.begin(), exported.end(), attached);
         if (found == exported.end()) {
-            stack["markers"].push_back(markerJson(marker, attached, marker.editRate));
+            stack["markers"].push_back(markerJson(marker, attached, marker.position, marker.editRate));
             continue;
         }
+        const int64_t position = convertEditUnits(marker.position, marker.editRate, attached->editRate);
         stack["children"][size_t(found - exported.begin())]["markers"].push_back(
-            markerJson(marker, attached, attached->editRate));
+            markerJson(marker, attached, position, attached->editRate));
     }
 }
 
