@@ -13,6 +13,7 @@
 #include <vector>
 
 #include "OtioTestSupport.h"
+#include "reader/InMemoryFile.h"
 #include "support/SampleFiles.h"
 
 using otiotest::Json;
@@ -195,9 +196,15 @@ TEST(CompositionExport, CarriesWhatTheReferenceReaderCarries) {
         const Json document = otiotest::toolJson("otio " + testsupport::quoted(aaf));
         ASSERT_TRUE(document.is_object());
         const Reading ours = readingOf(document);
-        if (!differs(relative, Check::Clips)) EXPECT_EQ(missingClips(reference, ours), std::vector<std::string>());
-        if (!differs(relative, Check::Nesting)) EXPECT_GE(ours.nestedItems, reference.nestedItems);
-        if (!differs(relative, Check::Markers)) EXPECT_EQ(missingMarkers(reference, ours), std::vector<std::string>());
+        if (!differs(relative, Check::Clips)) {
+            EXPECT_EQ(missingClips(reference, ours), std::vector<std::string>());
+        }
+        if (!differs(relative, Check::Nesting)) {
+            EXPECT_GE(ours.nestedItems, reference.nestedItems);
+        }
+        if (!differs(relative, Check::Markers)) {
+            EXPECT_EQ(missingMarkers(reference, ours), std::vector<std::string>());
+        }
         EXPECT_TRUE(std::includes(ours.timeWarps.begin(), ours.timeWarps.end(), reference.timeWarps.begin(),
                                   reference.timeWarps.end()));
         ++compared;
@@ -253,4 +260,49 @@ TEST(CompositionExport, MarkersAreWhereTheirCommentsSay) {
     // A1's and A2's markers sit on those tracks; the timecode track's on the top Stack.
     EXPECT_EQ(document["tracks"]["markers"].size(), 1u);
     EXPECT_EQ(document["tracks"]["markers"][0]["metadata"]["aafbridge"]["attachedKind"], "timecode");
+}
+
+namespace {
+
+// What a track's items last, transitions taking nothing, in the track's edit units.
+double trackDuration(const Json& track) {
+    double total = 0;
+    for (const Json& item : track["children"])
+        if (item.contains("source_range") && !item["source_range"].is_null())
+            total += item["source_range"]["duration"]["value"].get<double>();
+    return total;
+}
+
+void expectTracksLastAsLongAsTheirSlots(const Json& document) {
+    for (const Json& track : document["tracks"]["children"])
+        EXPECT_EQ(trackDuration(track), track["metadata"]["aafbridge"]["length"].get<double>()) << track["name"];
+}
+
+}  // namespace
+
+TEST(CompositionExport, EveryTrackLastsAsLongAsItsSlot) {
+    for (const std::string& aaf : testsupport::sampleFiles()) {
+        SCOPED_TRACE(aaf);
+        const Json document = otiotest::toolJson("otio " + testsupport::quoted(aaf));
+        ASSERT_TRUE(document.is_object());
+        expectTracksLastAsLongAsTheirSlots(document);
+    }
+    // A transition, then an effect over the last clip: the effect takes the transition's cut.
+    readertest::InMemorySession s;
+    s.slot(s.mob(AUID_AAFMasterMob, 10, L"master"), 1, s.clip(0, 0, 1000, 0), 1);
+    aafkit::Object& sequence = aafkit::createSequence(s.file(), kAAFDataDef_Sound);
+    aafkit::appendComponent(sequence, s.clip(10, 1, 50, 0));
+    aafkit::appendComponent(sequence, aafkit::createTransition(s.file(), kAAFDataDef_Sound, 10, 4,
+                                                               s.group(kAAFOperationDef_MonoAudioDissolve, 10)));
+    aafkit::Object& gain = s.group(kAAFOperationDef_MonoAudioGain, 40);
+    s.input(gain, s.clip(10, 1, 40, 100));
+    aafkit::appendComponent(sequence, gain);
+    s.slot(s.mob(AUID_AAFCompositionMob, 1, L"top", &kAAFUsage_TopLevel), 1, sequence, 1);
+    const std::string aaf = otiotest::testFile(".aaf");
+    ASSERT_TRUE(s.file().save(aaf).ok());
+    const Json document = otiotest::toolJson("otio " + testsupport::quoted(aaf));
+    ASSERT_EQ(document["tracks"]["children"].size(), 1u);
+    EXPECT_EQ(document["tracks"]["children"][0]["metadata"]["aafbridge"]["length"], 80);
+    expectTracksLastAsLongAsTheirSlots(document);
+    std::filesystem::remove(aaf);
 }

@@ -364,7 +364,8 @@ std::string trackName(const Track& track, uint32_t number) {
 Json trackJson(const Track& track, uint32_t number, const OtioExportOptions& options) {
     TrackBuilder builder(track.editRate, options);
     Json data = {{"slotId", track.slotId}, {"physicalTrack", track.physicalTrack},
-                 {"editRate", rationalJson(track.editRate)}, {"origin", track.origin}};
+                 {"editRate", rationalJson(track.editRate)}, {"origin", track.origin},
+                 {"length", track.segment.length}};
     addMetadata(track.metadata, data);
     return builder.track(trackName(track, number), track.data, builder.pieces(track.segment), std::move(data));
 }
