@@ -4,14 +4,17 @@
 
 namespace composition {
 
-int64_t sourceStart(const Segment& clip, const aafRational_t& rate) {
-    const SourceChain& chain = clip.source.chain;
+std::optional<int64_t> sourceStart(const SourceChain& chain, const aafRational_t& rate) {
     if (const SourceLink* timecoded = chain.timecoded())
         return convertEditUnits(timecoded->start, timecoded->editRate, rate) +
                convertEditUnits(timecoded->timecode->start, timecoded->timecode->editRate, rate);
     if (const SourceLink* deepest = chain.deepestPlaced())
         return convertEditUnits(deepest->start, deepest->editRate, rate);
-    return clip.source.startTime;
+    return std::nullopt;
+}
+
+int64_t sourceStart(const Segment& clip, const aafRational_t& rate) {
+    return sourceStart(clip.source.chain, rate).value_or(clip.source.startTime);
 }
 
 std::string clipName(const Segment& clip) {

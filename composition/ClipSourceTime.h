@@ -2,14 +2,18 @@
 // What a clip shows of its source, in the terms editors use: the source's name, where the
 // clip starts in the source's own timecode, and the media file.
 #include <cstdint>
+#include <optional>
 #include <string>
 
 #include "Segment.h"
 
 namespace composition {
 
-// The clip's first frame in its source's timecode, in edit units at `rate`: the deepest mob
-// of the chain that carries a timecode, else its position in the deepest slot reached.
+// Where the material a chain leads to starts in its source's timecode, in edit units at
+// `rate`: the deepest mob of the chain that carries a timecode, else the position in the
+// deepest slot reached; none when the chain reached no slot.
+std::optional<int64_t> sourceStart(const SourceChain& chain, const aafRational_t& rate);
+// The same for a clip, whose own start stands in where its chain reached no slot.
 int64_t sourceStart(const Segment& clip, const aafRational_t& rate);
 
 // The master clip's name, else the first mob's of the chain.

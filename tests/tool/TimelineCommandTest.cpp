@@ -195,3 +195,34 @@ TEST(TimelineCommand, ReportsTextItCannotShowInsteadOfCrashing) {
 }
 
 }  // namespace
+
+// --sources adds, and only adds, each clip's source: the tape or file behind its master clip,
+// the source timecode it plays, its media and channel.
+TEST(TimelineSources, EveryClipSaysWhereItComesFromAndNothingElseChanges) {
+    const std::string simple = testsupport::sample("media-composer/simple.aaf");
+    if (!std::filesystem::exists(simple)) GTEST_SKIP() << "no " << simple;
+    const testsupport::ToolRun run =
+        testsupport::runTool("timeline " + testsupport::quoted(simple) + " --json --sources", false);
+    ASSERT_EQ(run.exitCode, 0);
+    Json withSources = Json::parse(run.output);
+    int clips = 0;
+    for (Json& track : withSources["tracks"])
+        for (Json& event : track["events"]) {
+            if (event["kind"] != "clip") continue;
+            ++clips;
+            ASSERT_TRUE(event.contains("source")) << event;
+            const Json& source = event["source"];
+            EXPECT_EQ(source["kind"], "import");
+            EXPECT_EQ(source["name"], event["name"]);
+            EXPECT_EQ(source["timecode"]["in"], "01:00:00:00");  // the clips play from their first frame
+            EXPECT_EQ(source["embedded"], false);
+            EXPECT_EQ(source["url"], "file:///Users/joshm/Desktop/DemoClips/" + event["name"].get<std::string>());
+            event.erase("source");
+        }
+    EXPECT_GT(clips, 0);
+    EXPECT_EQ(withSources, timeline(simple));
+
+    const std::string text = testsupport::runTool("timeline " + testsupport::quoted(simple) + " --sources", false).output;
+    EXPECT_NE(text.find("source import \"tech.fux (loop)-HD.mp4\" 01:00:00:00-01:00:30:00 linked"), std::string::npos)
+        << text;
+}

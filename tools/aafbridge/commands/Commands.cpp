@@ -10,7 +10,10 @@ const std::vector<Command>& commands() {
     static const std::vector<Command> table = {
         {"info", {"FILE"}, {kJson}, "the file at a glance: kind, writers, mobs, compositions, embedded essence", runInfo},
         {"objects", {"FILE"}, {kJson}, "every object from the header down, properties decoded by type", runObjects},
-        {"timeline", {"FILE"}, {kJson}, "the composition exactly as a host sees it through the reader", runTimeline},
+        {"timeline",
+         {"FILE"},
+         {kJson, {"--sources", nullptr, "each clip's source: tape or file, source timecode, media, channel"}},
+         "the composition exactly as a host sees it through the reader", runTimeline},
         {"copy", {"IN", "OUT"}, {}, "load IN and save every object unchanged into OUT", runCopy},
         {"write", {"INPUT", "OUTPUT.aaf"}, {}, "build a file from a JSON description or an OpenTimelineIO timeline",
          runWrite},

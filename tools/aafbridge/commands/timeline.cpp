@@ -1,12 +1,15 @@
-// aafbridge timeline FILE [--json]: the composition exactly as a host reads it through
-// the exported reader functions, as readable text or as JSON, printed while it is read so
-// that memory follows the reader's, not the size of what is printed.
+// aafbridge timeline FILE [--json] [--sources]: the composition exactly as a host reads it
+// through the exported reader functions, as readable text or as JSON, printed while it is
+// read so that memory follows the reader's, not the size of what is printed. --sources adds
+// each clip's source: tape or file, source timecode, media file, embedded or linked, channel.
 #include <ostream>
 #include <nlohmann/json.hpp>
 #include <string>
 
 #include "cli/BufferedStdout.h"
+#include "cli/OpenFile.h"
 #include "commands/Commands.h"
+#include "view/EventSources.h"
 #include "view/HostView.h"
 #include "view/IndentedJson.h"
 
@@ -42,14 +45,29 @@ void printEvent(std::ostream& out, uint32_t index, const Json& e) {
     out << "\n";
 }
 
-void printTrack(std::ostream& out, AafParseContext* c, uint32_t t) {
+void printSource(std::ostream& out, const Json& source) {
+    out << "        source " << source["kind"].get<std::string>() << " " << source["name"];
+    if (!source["timecode"].is_null())
+        out << " " << source["timecode"]["in"].get<std::string>() << "-" << source["timecode"]["out"].get<std::string>();
+    out << (source["embedded"].get<bool>() ? " embedded" : " linked") << " " << source["url"] << " channel "
+        << source["channel"];
+    if (source.contains("broken")) out << " (" << source["broken"].get<std::string>() << ")";
+    out << "\n";
+}
+
+void printTrack(std::ostream& out, AafParseContext* c, uint32_t t, EventSources* sources) {
     const Json track = trackJson(c, t);
     out << "  track " << t << ": " << track["type"].get<std::string>() << ", edit rate " << track["editRate"]
         << ", " << GetNumEvents(t, c) << " events\n";
-    for (uint32_t e = 0; e < GetNumEvents(t, c); ++e) printEvent(out, e, eventJson(c, t, e));
+    for (uint32_t e = 0; e < GetNumEvents(t, c); ++e) {
+        const Json event = eventJson(c, t, e);
+        printEvent(out, e, event);
+        if (!sources) continue;
+        if (const Json source = sources->sourceOf(event, track["editRate"]); !source.is_null()) printSource(out, source);
+    }
 }
 
-void printText(std::ostream& out, AafParseContext* c) {
+void printText(std::ostream& out, AafParseContext* c, EventSources* sources) {
     const Json tc = timecodeJson(c);
     out << "pro tools: " << (IsProToolsFile(c) ? "yes" : "no") << "\n"
         << "timecode: start " << tc["start"] << ", " << tc["fps"] << " fps, "
@@ -62,12 +80,18 @@ void printText(std::ostream& out, AafParseContext* c) {
         out << "  [" << m << "] at " << marker["position"] << " " << marker["text"] << "\n";
     }
     out << "tracks: " << GetNumTracks(c) << "\n";
-    for (uint32_t t = 0; t < GetNumTracks(c); ++t) printTrack(out, c, t);
+    for (uint32_t t = 0; t < GetNumTracks(c); ++t) printTrack(out, c, t, sources);
 }
 
-void printJson(std::ostream& out, AafParseContext* c) {
+void printJson(std::ostream& out, AafParseContext* c, EventSources* sources) {
     IndentedJson json(out);
-    sendHostView(c, json);
+    EventExtra addSource;
+    if (sources)
+        addSource = [&](uint32_t t, Json& event) {
+            if (Json source = sources->sourceOf(event, GetTrackEditRate(t, c)); !source.is_null())
+                event["source"] = std::move(source);
+        };
+    sendHostView(c, json, addSource);
     out << "\n";
 }
 
@@ -77,13 +101,20 @@ int runTimeline(const Invocation& invocation) {
     const std::string& path = invocation.operand(0);
     const ParsedFile file = parseFileOrReport(invocation, path);
     if (!file) return kExitFailure;
+    // Sources are read from the file's objects, beside what the reader answers.
+    std::unique_ptr<aafkit::File> objects;
+    std::unique_ptr<EventSources> sources;
+    if (invocation.has("--sources")) {
+        if (!(objects = openOrReport(invocation, path))) return kExitFailure;
+        sources = std::make_unique<EventSources>(*objects);
+    }
     BufferedStdout buffer;
     std::ostream out(&buffer);
     try {
         if (invocation.has("--json"))
-            printJson(out, file.get());
+            printJson(out, file.get(), sources.get());
         else
-            printText(out, file.get());
+            printText(out, file.get(), sources.get());
     } catch (const Json::type_error&) {
         // nlohmann refuses to print text that is not UTF-8: an unpaired surrogate in the file.
         out.flush();

@@ -46,12 +46,16 @@ void addEffect(AafParseContext* c, uint32_t t, uint32_t e, Json& event) {
     event["keyFrames"] = keyFrames;
 }
 
-void sendTrack(AafParseContext* c, uint32_t t, JsonSink& sink) {
+void sendTrack(AafParseContext* c, uint32_t t, JsonSink& sink, const EventExtra& extra) {
     sink.openObject(nullptr);
     const Json track = trackJson(c, t);
     for (const auto& member : track.items()) sink.add(member.key().c_str(), member.value());
     sink.openArray("events");
-    for (uint32_t e = 0; e < GetNumEvents(t, c); ++e) sink.add(nullptr, eventJson(c, t, e));
+    for (uint32_t e = 0; e < GetNumEvents(t, c); ++e) {
+        Json event = eventJson(c, t, e);
+        if (extra) extra(t, event);
+        sink.add(nullptr, event);
+    }
     sink.close();
     sink.close();
 }
@@ -150,7 +154,7 @@ Json eventJson(AafParseContext* c, uint32_t t, uint32_t e) {
     return event;
 }
 
-void sendHostView(AafParseContext* c, JsonSink& sink) {
+void sendHostView(AafParseContext* c, JsonSink& sink, const EventExtra& extra) {
     sink.openObject(nullptr);
     sink.add("proTools", IsProToolsFile(c) != 0);
     sink.add("timecode", timecodeJson(c));
@@ -161,7 +165,7 @@ void sendHostView(AafParseContext* c, JsonSink& sink) {
     for (uint32_t m = 0; m < GetNumMarkers(c); ++m) sink.add(nullptr, markerJson(c, m));
     sink.close();
     sink.openArray("tracks");
-    for (uint32_t t = 0; t < GetNumTracks(c); ++t) sendTrack(c, t, sink);
+    for (uint32_t t = 0; t < GetNumTracks(c); ++t) sendTrack(c, t, sink, extra);
     sink.close();
     sink.close();
 }

@@ -3,6 +3,7 @@
 // JSON that `aafbridge timeline --json` prints: whole, or handed over piece by piece while
 // the reader context is queried.
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <nlohmann/json.hpp>
 #include <string>
@@ -30,8 +31,11 @@ nlohmann::ordered_json markerJson(AafParseContext* c, uint32_t marker);
 nlohmann::ordered_json trackJson(AafParseContext* c, uint32_t track);
 nlohmann::ordered_json eventJson(AafParseContext* c, uint32_t track, uint32_t event);
 
+// Anything a command adds to an event before it is handed over.
+using EventExtra = std::function<void(uint32_t track, nlohmann::ordered_json& event)>;
+
 // The whole view, piece by piece.
-void sendHostView(AafParseContext* c, JsonSink& sink);
+void sendHostView(AafParseContext* c, JsonSink& sink, const EventExtra& extra = {});
 
 // OpenAafFile's answer: 0 with the view filled, else the code it failed with.
 AAFRESULT readHostView(const std::string& path, nlohmann::ordered_json& view);
