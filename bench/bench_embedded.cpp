@@ -78,6 +78,11 @@ void ToolTimeline(benchmark::State& state) {
 }
 BENCHMARK(ToolTimeline)->UseManualTime()->Unit(benchmark::kMillisecond)->Iterations(3);
 
+void ToolOtio(benchmark::State& state) {
+    if (ensureBigFile(state)) reportChild(state, {AAFBRIDGE_TOOL, "otio", bigFile()});
+}
+BENCHMARK(ToolOtio)->UseManualTime()->Unit(benchmark::kMillisecond)->Iterations(3);
+
 void ToolCopy(benchmark::State& state) {
     const std::string copy = bigFile() + ".copy.aaf";
     if (ensureBigFile(state)) reportChild(state, {AAFBRIDGE_TOOL, "copy", bigFile(), copy});

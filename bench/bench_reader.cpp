@@ -116,6 +116,15 @@ void runOnEachSample(benchmark::State& state, const std::vector<std::string>& co
 void TimelineProcessPerSample(benchmark::State& state) { runOnEachSample(state, {AAFBRIDGE_TOOL, "timeline"}); }
 BENCHMARK(TimelineProcessPerSample)->Unit(benchmark::kMillisecond)->UseManualTime();
 
+// The composition as the file holds it as OTIO, against the reader's view as OTIO.
+void OtioProcessPerSample(benchmark::State& state) { runOnEachSample(state, {AAFBRIDGE_TOOL, "otio"}); }
+BENCHMARK(OtioProcessPerSample)->Unit(benchmark::kMillisecond)->UseManualTime();
+
+void OtioHostViewProcessPerSample(benchmark::State& state) {
+    runOnEachSample(state, {AAFBRIDGE_TOOL, "otio", "--host-view"});
+}
+BENCHMARK(OtioHostViewProcessPerSample)->Unit(benchmark::kMillisecond)->UseManualTime();
+
 void CatProcessPerSample(benchmark::State& state) { runOnEachSample(state, {"cat"}); }
 BENCHMARK(CatProcessPerSample)->Unit(benchmark::kMillisecond)->UseManualTime();
 

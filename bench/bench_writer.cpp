@@ -189,6 +189,30 @@ void TimelineOfLargeFile(benchmark::State& state) {
 }
 BENCHMARK(TimelineOfLargeFile)->ArgName("json")->Arg(0)->Arg(1)->UseManualTime()->Unit(benchmark::kMillisecond)->Iterations(3);
 
+// `aafbridge otio` on the same file: the composition as the file holds it (host_view:0)
+// against the reader's view (host_view:1), a process each. Run it alone, as above.
+void OtioOfLargeFile(benchmark::State& state) {
+    const std::string path = outputPath("bench_writer_otio.aaf");
+    if (!runChild({g_self, "--write-only", path}).ok) {
+        state.SkipWithError("the write failed");
+        return;
+    }
+    std::vector<std::string> command = {AAFBRIDGE_TOOL, "otio", path};
+    if (state.range(0) != 0) command.push_back("--host-view");
+    ChildRun run;
+    for (auto _ : state) {
+        if (!(run = runChild(command)).ok) {
+            state.SkipWithError("otio failed");
+            break;
+        }
+        state.SetIterationTime(run.seconds);
+    }
+    state.counters["peak_MiB"] = run.peakMiB;
+    state.counters["cpu_s"] = run.cpuSeconds;
+    std::remove(path.c_str());
+}
+BENCHMARK(OtioOfLargeFile)->ArgName("host_view")->Arg(0)->Arg(1)->UseManualTime()->Unit(benchmark::kMillisecond)->Iterations(3);
+
 }  // namespace
 
 // `bench_writer --write-only OUT.aaf` writes the timeline and stops, and

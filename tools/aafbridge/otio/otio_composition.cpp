@@ -89,19 +89,24 @@ Json timecodeJson(const Timecode& timecode) {
     return {{"start", timecode.start}, {"fps", timecode.fps}, {"drop", timecode.drop}};
 }
 
+// A mob of a clip's chain, with only what it states: a chain is written for every clip.
 Json linkJson(const SourceLink& link) {
-    Json data = {{"kind", mobKindName(link.kind)}, {"name", link.name}, {"mobId", aafkit::mobIdToText(link.mobId)},
-                 {"slotId", link.slotId}, {"physicalTrack", link.physicalTrack},
-                 {"editRate", rationalJson(link.editRate)}, {"start", link.start}};
+    Json data = {{"kind", mobKindName(link.kind)}, {"mobId", aafkit::mobIdToText(link.mobId)}, {"slotId", link.slotId}};
+    if (!link.name.empty()) data["name"] = link.name;
+    if (link.physicalTrack) data["physicalTrack"] = link.physicalTrack;
+    if (link.placed()) {
+        data["editRate"] = rationalJson(link.editRate);
+        data["start"] = link.start;
+    }
     if (link.timecode) data["timecode"] = timecodeJson(*link.timecode);
-    if (!link.descriptor.empty()) {
-        data["descriptor"] = link.descriptor;
-        data["channels"] = link.channels;
+    if (!link.descriptor.empty()) data["descriptor"] = link.descriptor;
+    if (link.channels) data["channels"] = link.channels;
+    if (link.sampleRate.numerator > 0) {
         data["sampleRate"] = rationalJson(link.sampleRate);
         data["length"] = link.essenceLength;
-        data["locators"] = link.locators;
-        data["embedded"] = link.embedded;
     }
+    if (!link.locators.empty()) data["locators"] = link.locators;
+    if (link.embedded) data["embedded"] = true;
     return data;
 }
 
@@ -111,7 +116,7 @@ Json clipMetadata(const Segment& clip) {
     for (const SourceLink& link : chain.links) links.push_back(linkJson(link));
     Json data = {{"mobId", aafkit::mobIdToText(clip.source.mobId)}, {"slotId", clip.source.slotId},
                  {"startTime", clip.source.startTime}, {"sourceChain", std::move(links)}};
-    if (const SourceLink* origin = chain.origin()) data["tapeName"] = origin->name;
+    if (const SourceLink* origin = chain.origin(); origin && !origin->name.empty()) data["tapeName"] = origin->name;
     if (!chain.broken.empty()) data["broken"] = chain.broken;
     addMetadata(clip.metadata, data);
     return data;
@@ -121,8 +126,8 @@ Json availableRange(const SourceLink& link) {
     return otioRange(0, double(link.essenceLength), rateValue(link.sampleRate));
 }
 
-// DEFAULT_MEDIA is the media file (mediaUrl); every mob of the chain that locates its media
-// is listed too, under its name.
+// DEFAULT_MEDIA is the media file (mediaUrl); every other file a mob of the chain locates is
+// listed too, under that mob's name.
 Json mediaReferences(const Segment& clip) {
     const SourceChain& chain = clip.source.chain;
     Json references = Json::object();
@@ -136,13 +141,13 @@ Json mediaReferences(const Segment& clip) {
     for (const SourceLink& link : chain.links) {
         if (link.locators.empty() && link.importPath.empty()) continue;
         const std::string linkUrl = fileUrl(link.importPath.empty() ? link.locators.front() : link.importPath);
-        Json external = otioObject("ExternalReference.1", link.name, {{"mobId", aafkit::mobIdToText(link.mobId)}});
+        std::string key = linkUrl == url ? "DEFAULT_MEDIA" : link.name.empty() ? mobKindName(link.kind) : link.name;
+        if (references.contains(key) && key == "DEFAULT_MEDIA") continue;
+        while (references.contains(key)) key += "+";
+        Json external = otioObject("ExternalReference.1", link.name, {});
         external["target_url"] = linkUrl;
         external["available_range"] = link.essenceLength > 0 && link.sampleRate.numerator > 0 ? availableRange(link) : Json();
         external["available_image_bounds"] = nullptr;
-        if (linkUrl == url && !references.contains("DEFAULT_MEDIA")) references["DEFAULT_MEDIA"] = external;
-        std::string key = link.name.empty() ? mobKindName(link.kind) : link.name;
-        while (references.contains(key)) key += "+";
         references[key] = std::move(external);
     }
     return references;
@@ -379,49 +384,86 @@ const Track* attachedTrack(const Composition& composition, const Marker& marker)
     return nullptr;
 }
 
-// Markers go on the OTIO track of the slot they belong to, the rest on the top Stack.
-void placeMarkers(const Composition& composition, const std::vector<const Track*>& exported, Json& stack) {
+// Markers by where they go: on the exported track of the slot they belong to, else on the
+// top Stack.
+struct PlacedMarkers {
+    Json stack = Json::array();
+    std::vector<Json> tracks;
+};
+
+PlacedMarkers placeMarkers(const Composition& composition, const std::vector<const Track*>& exported) {
+    PlacedMarkers placed;
+    placed.tracks.assign(exported.size(), Json::array());
     for (const Marker& marker : composition.markers) {
         const Track* attached = attachedTrack(composition, marker);
         auto found = std::find(exported.begin(), exported.end(), attached);
         if (found == exported.end()) {
-            stack["markers"].push_back(markerJson(marker, attached, marker.position, marker.editRate));
+            placed.stack.push_back(markerJson(marker, attached, marker.position, marker.editRate));
             continue;
         }
         const int64_t position = convertEditUnits(marker.position, marker.editRate, attached->editRate);
-        stack["children"][size_t(found - exported.begin())]["markers"].push_back(
+        placed.tracks[size_t(found - exported.begin())].push_back(
             markerJson(marker, attached, position, attached->editRate));
     }
+    return placed;
 }
 
-Json stackJson(const Composition& composition, const OtioExportOptions& options) {
-    Json stack = otioTrackItem("Stack.1", "tracks", {});
-    stack["children"] = Json::array();
+std::vector<const Track*> exportedTracks(const Composition& composition) {
     std::vector<const Track*> exported;
+    for (const Track& track : composition.tracks)
+        if (isOtioTrack(track)) exported.push_back(&track);
+    return exported;
+}
+
+// A track handed over an item at a time: the printer then never holds a whole track's text.
+void sendItemByItem(const Json& track, JsonSink& sink) {
+    sink.openObject(nullptr);
+    for (const auto& member : track.items())
+        if (member.key() != "children") sink.add(member.key().c_str(), member.value());
+    sink.openArray("children");
+    for (const Json& item : track["children"]) sink.add(nullptr, item);
+    sink.close();
+    sink.close();
+}
+
+// The top Stack, its tracks handed over one at a time.
+void sendStack(const Composition& composition, const OtioExportOptions& options, JsonSink& sink) {
+    const std::vector<const Track*> exported = exportedTracks(composition);
+    PlacedMarkers markers = placeMarkers(composition, exported);
+    Json stack = otioTrackItem("Stack.1", "tracks", {});
+    stack["markers"] = std::move(markers.stack);
+    sink.openObject("tracks");
+    for (const auto& member : stack.items()) sink.add(member.key().c_str(), member.value());
+    sink.openArray("children");
     uint32_t pictures = 0, sounds = 0;
-    for (const Track& track : composition.tracks) {
-        if (!isOtioTrack(track)) continue;
+    for (size_t i = 0; i < exported.size(); ++i) {
+        const Track& track = *exported[i];
         const uint32_t number = track.data == DataKind::Picture ? ++pictures : ++sounds;
-        stack["children"].push_back(trackJson(track, number, options));
-        exported.push_back(&track);
+        Json object = trackJson(track, number, options);
+        object["markers"] = std::move(markers.tracks[i]);
+        sendItemByItem(object, sink);
     }
-    placeMarkers(composition, exported, stack);
-    return stack;
+    sink.close();
+    sink.close();
 }
 
 }  // namespace
 
-Json otioFromComposition(const Composition& composition, const std::string& fallbackName,
-                         const OtioExportOptions& options) {
+void sendOtioFromComposition(const Composition& composition, const std::string& fallbackName,
+                             const OtioExportOptions& options, JsonSink& sink) {
     Json data = {{"mobId", aafkit::mobIdToText(composition.mobId)}};
     if (composition.timecode) data["timecode"] = timecodeJson(*composition.timecode);
     addMetadata(composition.metadata, data);
-    Json timeline = otioObject("Timeline.1", composition.name.empty() ? fallbackName : composition.name, std::move(data));
+    const Json timeline = otioObject("Timeline.1", composition.name.empty() ? fallbackName : composition.name,
+                                     std::move(data));
+    sink.openObject(nullptr);
+    for (const auto& member : timeline.items()) sink.add(member.key().c_str(), member.value());
     const std::optional<Timecode>& timecode = composition.timecode;
-    timeline["global_start_time"] =
-        timecode ? otioTime(double(timecode->start), timecode->editRate.numerator > 0 ? rateValue(timecode->editRate)
-                                                                                      : double(timecode->fps))
-                 : Json();
-    timeline["tracks"] = stackJson(composition, options);
-    return timeline;
+    sink.add("global_start_time",
+             timecode ? otioTime(double(timecode->start), timecode->editRate.numerator > 0
+                                                              ? rateValue(timecode->editRate)
+                                                              : double(timecode->fps))
+                      : Json());
+    sendStack(composition, options, sink);
+    sink.close();
 }

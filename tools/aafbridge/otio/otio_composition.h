@@ -6,11 +6,13 @@
 #include <string>
 
 #include "composition/Composition.h"
+#include "view/JsonSink.h"
 
 struct OtioExportOptions {
     bool flatten = false;  // nested compositions spliced into their tracks: one level per track
 };
 
-// `fallbackName` names the Timeline when the composition has no name.
-nlohmann::ordered_json otioFromComposition(const composition::Composition& composition,
-                                           const std::string& fallbackName, const OtioExportOptions& options);
+// The Timeline handed to `sink` a track at a time, so that memory follows one track, not the
+// whole document. `fallbackName` names the Timeline when the composition has no name.
+void sendOtioFromComposition(const composition::Composition& composition, const std::string& fallbackName,
+                             const OtioExportOptions& options, JsonSink& sink);
