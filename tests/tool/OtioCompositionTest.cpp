@@ -306,3 +306,57 @@ TEST(CompositionExport, EveryTrackLastsAsLongAsItsSlot) {
     expectTracksLastAsLongAsTheirSlots(document);
     std::filesystem::remove(aaf);
 }
+
+namespace {
+
+bool holdsNestedTracks(const Json& track) {
+    for (const Json& item : track["children"])
+        if (item["OTIO_SCHEMA"] == "Track.1") return true;
+    return false;
+}
+
+std::vector<std::string> clipsPlayed(const Json& document) {
+    std::vector<std::string> clips;
+    for (const ClipSeen& clip : readingOf(document).clips)
+        clips.push_back(clip.name + " " + std::to_string(clip.startSeconds) + "+" + std::to_string(clip.durationSeconds));
+    std::sort(clips.begin(), clips.end());
+    return clips;
+}
+
+}  // namespace
+
+// --flatten splices nests into their tracks: the same frames play, from one level.
+TEST(CompositionExport, FlatteningKeepsWhatPlays) {
+    for (const std::string& aaf : testsupport::sampleFiles()) {
+        SCOPED_TRACE(aaf);
+        const Json nested = otiotest::toolJson("otio " + testsupport::quoted(aaf));
+        const Json flat = otiotest::toolJson("otio --flatten " + testsupport::quoted(aaf));
+        ASSERT_TRUE(flat.is_object());
+        for (const Json& track : flat["tracks"]["children"]) EXPECT_FALSE(holdsNestedTracks(track)) << track["name"];
+        expectTracksLastAsLongAsTheirSlots(flat);
+        EXPECT_EQ(clipsPlayed(flat), clipsPlayed(nested));
+    }
+    // A clip showing frames 10 to 40 of another composition's three clips.
+    readertest::InMemorySession s;
+    s.slot(s.mob(AUID_AAFMasterMob, 10, L"master"), 1, s.clip(0, 0, 1000, 0), 1);
+    aafkit::Object& inner = aafkit::createSequence(s.file(), kAAFDataDef_Sound);
+    for (int64_t start : {100, 200, 300}) aafkit::appendComponent(inner, s.clip(10, 1, 20, start));
+    s.slot(s.mob(AUID_AAFCompositionMob, 2, L"nest", &kAAFUsage_LowerLevel), 1, inner);
+    s.slot(s.mob(AUID_AAFCompositionMob, 1, L"top", &kAAFUsage_TopLevel), 1, s.clip(2, 1, 30, 10), 1);
+    const std::string aaf = otiotest::testFile(".aaf");
+    ASSERT_TRUE(s.file().save(aaf).ok());
+    const Json nested = otiotest::toolJson("otio " + testsupport::quoted(aaf));
+    const Json& stack = nested["tracks"]["children"][0]["children"][0];
+    EXPECT_EQ(stack["OTIO_SCHEMA"], "Stack.1");
+    EXPECT_EQ(stack["name"], "nest");
+    EXPECT_EQ(stack["source_range"]["start_time"]["value"], 10.0);
+    const Json flat = otiotest::toolJson("otio --flatten " + testsupport::quoted(aaf));
+    const Json& items = flat["tracks"]["children"][0]["children"];
+    ASSERT_EQ(items.size(), 2u);
+    EXPECT_EQ(items[0]["source_range"]["start_time"]["value"], 110.0);
+    EXPECT_EQ(items[0]["source_range"]["duration"]["value"], 10.0);
+    EXPECT_EQ(items[1]["source_range"]["start_time"]["value"], 200.0);
+    EXPECT_EQ(items[1]["source_range"]["duration"]["value"], 20.0);
+    EXPECT_EQ(clipsPlayed(flat), clipsPlayed(nested));
+    std::filesystem::remove(aaf);
+}

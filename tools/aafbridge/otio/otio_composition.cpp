@@ -304,9 +304,22 @@ private:
             out.push_back(std::move(piece));
             return;
         }
+        if (options_.flatten) return spliceWithEffect(std::move(inner), effect, group.length, out);
         Json nested = track("", group.data, std::move(inner), Json::object());
         nested["effects"].push_back(effect);
         out.push_back({std::move(nested), 0, group.length});
+    }
+
+    // An effect over several items (Avid's nests are Submaster effects over a sequence),
+    // spliced into the track with the effect on each of them.
+    void spliceWithEffect(std::vector<OtioPiece> inner, const Json& effect, int64_t length,
+                          std::vector<OtioPiece>& out) {
+        std::vector<OtioPiece> spliced;
+        spliceWindow(std::move(inner), 0, length, spliced);
+        for (OtioPiece& piece : spliced) {
+            if (!piece.transition) piece.item["effects"].push_back(effect);
+            out.push_back(std::move(piece));
+        }
     }
 
     void addNest(const Segment& nest, std::vector<OtioPiece>& out) {
