@@ -1,40 +1,46 @@
 #include "Marker.h"
 
+#include <algorithm>
 #include <cctype>
+#include <cmath>
 
 namespace composition {
 
 namespace {
 
-struct NamedColour {
+struct NamedHue {
     const char* name;
-    double red, green, blue;
+    double degrees;
 };
 
-// OpenTimelineIO's marker colours, at full scale.
-constexpr NamedColour kColours[] = {
-    {"PINK", 1.0, 0.7, 0.8},  {"RED", 1.0, 0.0, 0.0},    {"ORANGE", 1.0, 0.5, 0.0}, {"YELLOW", 1.0, 1.0, 0.0},
-    {"GREEN", 0.0, 1.0, 0.0}, {"CYAN", 0.0, 1.0, 1.0},   {"BLUE", 0.0, 0.0, 1.0},   {"PURPLE", 0.5, 0.0, 0.5},
-    {"MAGENTA", 1.0, 0.0, 1.0}, {"BLACK", 0.0, 0.0, 0.0}, {"WHITE", 1.0, 1.0, 1.0},
-};
+// OpenTimelineIO's chromatic marker colours by hue.
+constexpr NamedHue kHues[] = {{"RED", 0},    {"ORANGE", 30},  {"YELLOW", 60},  {"GREEN", 120}, {"CYAN", 180},
+                              {"BLUE", 240}, {"PURPLE", 270}, {"MAGENTA", 300}, {"PINK", 330}};
+constexpr const char* kNamed[] = {"PINK", "RED",    "ORANGE",  "YELLOW", "GREEN", "CYAN",
+                                  "BLUE", "PURPLE", "MAGENTA", "BLACK",  "WHITE"};
 
 std::string upperCase(std::string text) {
     for (char& c : text) c = char(std::toupper(static_cast<unsigned char>(c)));
     return text;
 }
 
+double hueDistance(double a, double b) {
+    const double d = std::fabs(a - b);
+    return d > 180 ? 360 - d : d;
+}
+
+// By hue, as a person names a colour: editors' palettes differ in their exact values (Resolve's
+// purple is 144/19/254, Avid's cyan 51/204/204), not in their hues. Dark is black, pale white.
 std::string nearestColour(const Rgb& rgb) {
     const double r = rgb.red / 65535.0, g = rgb.green / 65535.0, b = rgb.blue / 65535.0;
-    const NamedColour* best = &kColours[0];
-    double bestDistance = 1e9;
-    for (const NamedColour& colour : kColours) {
-        const double distance = (r - colour.red) * (r - colour.red) + (g - colour.green) * (g - colour.green) +
-                                (b - colour.blue) * (b - colour.blue);
-        if (distance < bestDistance) {
-            bestDistance = distance;
-            best = &colour;
-        }
-    }
+    const double high = std::max({r, g, b}), low = std::min({r, g, b}), range = high - low;
+    if (high < 0.2) return "BLACK";
+    if (range < 0.2 * high) return high > 0.8 ? "WHITE" : "BLACK";
+    double hue = high == r ? 60 * std::fmod((g - b) / range + 6, 6.0) : high == g ? 60 * ((b - r) / range + 2)
+                                                                                  : 60 * ((r - g) / range + 4);
+    const NamedHue* best = &kHues[0];
+    for (const NamedHue& named : kHues)
+        if (hueDistance(hue, named.degrees) < hueDistance(hue, best->degrees)) best = &named;
     return best->name;
 }
 
@@ -42,8 +48,8 @@ std::string nearestColour(const Rgb& rgb) {
 
 std::string colourName(const Marker& marker) {
     const std::string named = upperCase(marker.colour);
-    for (const NamedColour& colour : kColours)
-        if (named == colour.name) return named;
+    for (const char* colour : kNamed)
+        if (named == colour) return named;
     return marker.rgb ? nearestColour(*marker.rgb) : std::string();
 }
 

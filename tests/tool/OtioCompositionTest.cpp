@@ -360,3 +360,34 @@ TEST(CompositionExport, FlatteningKeepsWhatPlays) {
     EXPECT_EQ(clipsPlayed(flat), clipsPlayed(nested));
     std::filesystem::remove(aaf);
 }
+
+// Resolve's markers say where they are in their comments: "Marker is at position 01:01:30:00,
+// last 10 frames and its color is purple".
+TEST(CompositionExport, ResolveMarkersAreWhereTheirCommentsSay) {
+    const std::string aaf = testsupport::sample("resolve/DR_Markers.aaf");
+    if (!std::filesystem::exists(aaf)) GTEST_SKIP() << "no " << aaf;
+    const Json document = otiotest::toolJson("otio " + testsupport::quoted(aaf));
+    const Json& markers = document["tracks"]["markers"];
+    ASSERT_EQ(markers.size(), 2u);
+    const double start = document["global_start_time"]["value"].get<double>();
+    for (const Json& marker : markers) {
+        const std::string comment = marker["comment"];
+        int hours = 0, minutes = 0, seconds = 0, frames = 0, length = 0;
+        char colour[16] = {};
+        const size_t at = comment.find("position ");
+        ASSERT_NE(at, std::string::npos) << comment;
+        ASSERT_EQ(std::sscanf(comment.c_str() + at, "position %d:%d:%d:%d, last %d frame", &hours, &minutes, &seconds,
+                              &frames, &length),
+                  5)
+            << comment;
+        const size_t named = comment.find("color is ");
+        ASSERT_NE(named, std::string::npos) << comment;
+        ASSERT_EQ(std::sscanf(comment.c_str() + named, "color is %15[a-z]", colour), 1) << comment;
+        const double position = ((hours * 60 + minutes) * 60 + seconds) * 24.0 + frames - start;
+        EXPECT_EQ(marker["marked_range"]["start_time"]["value"], position) << comment;
+        EXPECT_EQ(marker["marked_range"]["duration"]["value"], double(length)) << comment;
+        std::string expected = colour;
+        for (char& c : expected) c = char(std::toupper(static_cast<unsigned char>(c)));
+        EXPECT_EQ(marker["color"], expected) << comment;
+    }
+}
