@@ -27,6 +27,8 @@ struct Track {
     DataKind data = DataKind::Other;
     aafRational_t editRate = {0, 1};
     int64_t origin = 0;
+    // Avid's track format attribute: 1 mono, 2 stereo, 3 5.1, 4 7.1; 0 when the slot has none.
+    uint32_t trackFormat = 0;
     Segment segment;
     Metadata metadata;
 };

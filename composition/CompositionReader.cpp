@@ -1,5 +1,7 @@
 #include "Composition.h"
 
+#include <cstdlib>
+
 #include "MarkerReader.h"
 #include "MetadataReader.h"
 #include "ObjectText.h"
@@ -41,6 +43,8 @@ Track readTrack(const Object& slot, ReadContext& context) {
     track.editRate = slotEditRate(slot);
     track.origin = int64Of(slot, PID_TimelineMobSlot_Origin);
     track.metadata = readMetadata(slot, 0, 0, &kAAFPropID_TimelineMobSlot_TimelineMobAttributeList);
+    if (const TaggedValue* format = track.metadata.find("_TRACK_FORMAT"))
+        track.trackFormat = uint32_t(std::strtoul(format->value.c_str(), nullptr, 10));
     if (Object* segment = aafkit::strongChild(&slot, PID_MobSlot_Segment)) {
         track.segment = readSegment(*segment, track.editRate, context);
         track.data = track.segment.data;

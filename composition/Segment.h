@@ -18,6 +18,7 @@ enum class SegmentKind {
     Filler,
     Transition,
     OperationGroup,
+    MultichannelAudio,  // Avid's audio channel combiner: one clip, a child per channel
     NestedScope,
     ScopeReference,
     Selector,
@@ -79,7 +80,7 @@ struct Segment {
     Timecode timecode;             // Timecode
     uint32_t relativeScope = 0;    // ScopeReference: scopes out from the innermost,
     uint32_t relativeSlot = 0;     // and slots back from the referring one
-    // Sequence: its components; OperationGroup: its inputs; Selector: the selected segment,
+    // Sequence: its components; OperationGroup: its inputs; MultichannelAudio: its channels; Selector: the selected segment,
     // then the alternates; EssenceGroup: its choices; NestedScope: its slots;
     // NestedComposition: the referenced slot's segment.
     std::vector<Segment> children;

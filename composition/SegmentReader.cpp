@@ -83,8 +83,9 @@ void readKind(const Object& object, const aafRational_t& rate, Segment& segment,
     } else if (object.isA(AUID_AAFTransition)) {
         readTransition(object, segment);
     } else if (object.isA(AUID_AAFOperationGroup)) {
-        segment.kind = SegmentKind::OperationGroup;
         segment.operation = readOperation(object);
+        const bool channels = segment.operation.id == kAudioChannelCombiner;
+        segment.kind = channels ? SegmentKind::MultichannelAudio : SegmentKind::OperationGroup;
         readChildren(objectsOf(object, PID_OperationGroup_InputSegments), rate, context, segment);
     } else if (object.isA(AUID_AAFNestedScope)) {
         segment.kind = SegmentKind::NestedScope;
@@ -147,6 +148,7 @@ const char* segmentKindName(SegmentKind kind) {
     case SegmentKind::Filler: return "Filler";
     case SegmentKind::Transition: return "Transition";
     case SegmentKind::OperationGroup: return "OperationGroup";
+    case SegmentKind::MultichannelAudio: return "MultichannelAudio";
     case SegmentKind::NestedScope: return "NestedScope";
     case SegmentKind::ScopeReference: return "ScopeReference";
     case SegmentKind::Selector: return "Selector";

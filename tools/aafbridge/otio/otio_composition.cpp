@@ -7,7 +7,6 @@
 #include "aafkit/meta/Ids.h"
 #include "composition/ClipSourceTime.h"
 #include "composition/EditTime.h"
-#include "composition/OperationReader.h"
 #include "otio/otio_items.h"
 #include "otio/otio_time.h"
 
@@ -200,6 +199,7 @@ private:
         case SegmentKind::SourceClip: return out.push_back(clipPiece(segment));
         case SegmentKind::Transition: return out.push_back(transitionPiece(segment));
         case SegmentKind::OperationGroup: return addOperation(segment, out);
+        case SegmentKind::MultichannelAudio: return addInputStack(segment, out);
         case SegmentKind::NestedComposition: return addNest(segment, out);
         case SegmentKind::Selector:
         case SegmentKind::EssenceGroup:
@@ -293,7 +293,7 @@ private:
     }
 
     void addOperation(const Segment& group, std::vector<OtioPiece>& out) {
-        if (group.children.size() > 1 || group.operation.id == kAudioChannelCombiner) return addInputStack(group, out);
+        if (group.children.size() > 1) return addInputStack(group, out);
         std::vector<OtioPiece> inner = group.children.empty() ? std::vector<OtioPiece>{gapPiece(group)}
                                                               : pieces(group.children.front());
         const Json effect = effectJson(group.operation, group.length);
@@ -384,6 +384,7 @@ Json trackJson(const Track& track, uint32_t number, const OtioExportOptions& opt
     Json data = {{"slotId", track.slotId}, {"physicalTrack", track.physicalTrack},
                  {"editRate", rationalJson(track.editRate)}, {"origin", track.origin},
                  {"length", track.segment.length}};
+    if (track.trackFormat) data["trackFormat"] = track.trackFormat;
     addMetadata(track.metadata, data);
     return builder.track(trackName(track, number), track.data, builder.pieces(track.segment), std::move(data));
 }
