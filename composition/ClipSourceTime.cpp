@@ -7,7 +7,7 @@ namespace composition {
 std::optional<int64_t> sourceStart(const SourceChain& chain, const aafRational_t& rate) {
     if (const SourceLink* timecoded = chain.timecoded())
         return convertEditUnits(timecoded->start, timecoded->editRate, rate) +
-               convertEditUnits(timecoded->timecode->start, timecoded->timecode->editRate, rate);
+               convertEditUnits(timecoded->mob->timecode->start, timecoded->mob->timecode->editRate, rate);
     if (const SourceLink* deepest = chain.deepestPlaced())
         return convertEditUnits(deepest->start, deepest->editRate, rate);
     return std::nullopt;
@@ -19,8 +19,8 @@ int64_t sourceStart(const Segment& clip, const aafRational_t& rate) {
 
 std::string clipName(const Segment& clip) {
     const SourceChain& chain = clip.source.chain;
-    if (const SourceLink* master = chain.find(MobKind::Master)) return master->name;
-    return chain.links.empty() ? std::string() : chain.links.front().name;
+    if (const SourceLink* master = chain.find(MobKind::Master)) return master->mob->name;
+    return chain.links.empty() ? std::string() : chain.links.front().mob->name;
 }
 
 std::string fileUrl(const std::string& location) {
@@ -33,11 +33,11 @@ std::string fileUrl(const std::string& location) {
 
 std::string mediaUrl(const SourceChain& chain) {
     for (const SourceLink& link : chain.links)
-        if (!link.importPath.empty()) return fileUrl(link.importPath);
+        if (!link.mob->importPath.empty()) return fileUrl(link.mob->importPath);
     if (const SourceLink* file = chain.find(MobKind::File))
-        if (!file->locators.empty()) return fileUrl(file->locators.front());
+        if (!file->mob->locators.empty()) return fileUrl(file->mob->locators.front());
     for (const SourceLink& link : chain.links)
-        if (!link.locators.empty()) return fileUrl(link.locators.front());
+        if (!link.mob->locators.empty()) return fileUrl(link.mob->locators.front());
     return {};
 }
 

@@ -2,7 +2,11 @@
 // What the composition's readers share while they walk one file: the file, its embedded
 // essence, and the compositions being read on the way down (nests are bounded in depth and
 // a composition that includes itself is refused, never followed forever).
+#include <memory>
+#include <unordered_map>
 #include <vector>
+
+#include "SourceChain.h"
 
 #include "aafkit/Essence.h"
 #include "aafkit/File.h"
@@ -20,6 +24,7 @@ struct ReadContext {
     const aafkit::File& file;
     aafkit::EssenceIndex essence;
     std::vector<const aafkit::Object*> compositionsOpen;
+    std::unordered_map<const aafkit::Object*, std::shared_ptr<const SourceMob>> sourceMobs;
     int depth = 0;
 };
 

@@ -2,6 +2,7 @@
 // Where a clip's material comes from: the mobs its source reference leads through, from the
 // master clip down to the tape or file it was captured or imported from.
 #include <cstdint>
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
@@ -22,15 +23,12 @@ struct Timecode {
     aafRational_t editRate = {0, 1};  // of the slot that holds it
 };
 
-// One mob of the chain, and where in its slot the clip's material starts.
-struct SourceLink {
+// What a mob of a chain states about itself: read once per mob, and shared by every clip whose
+// chain passes it.
+struct SourceMob {
     MobKind kind = MobKind::Source;
     std::string name;
     aafMobID_t mobId = {};
-    uint32_t slotId = 0;
-    uint32_t physicalTrack = 0;
-    aafRational_t editRate = {0, 1};
-    int64_t start = 0;  // in this slot's edit units
     std::optional<Timecode> timecode;
 
     // Source mobs: what their descriptor says.
@@ -44,6 +42,15 @@ struct SourceLink {
     std::string importPath;
     // Master clips: the markers an editor left on the clip itself, in its slots' edit units.
     std::vector<Marker> markers;
+};
+
+// One mob of the chain, and where in its slot the clip's material starts.
+struct SourceLink {
+    std::shared_ptr<const SourceMob> mob;  // never null
+    uint32_t slotId = 0;
+    uint32_t physicalTrack = 0;
+    aafRational_t editRate = {0, 1};
+    int64_t start = 0;  // in this slot's edit units
 
     // Whether the chain reached the slot, so that `start` and `editRate` say where it is.
     bool placed() const { return editRate.numerator > 0 && editRate.denominator > 0; }

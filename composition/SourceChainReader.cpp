@@ -37,15 +37,15 @@ const Object* essenceDescriptor(const Object& descriptor) {
     return parts.empty() ? &descriptor : parts.front();
 }
 
-void describeSource(const Object& descriptor, SourceLink& link, ReadContext& context) {
-    link.descriptor = classNameOf(descriptor);
+void describeSource(const Object& descriptor, SourceMob& source, ReadContext& context) {
+    source.descriptor = classNameOf(descriptor);
     for (const Object* locator : objectsOf(descriptor, PID_EssenceDescriptor_Locator))
-        if (locator->isA(AUID_AAFNetworkLocator)) link.locators.push_back(textOf(*locator, PID_NetworkLocator_URLString));
+        if (locator->isA(AUID_AAFNetworkLocator)) source.locators.push_back(textOf(*locator, PID_NetworkLocator_URLString));
     const Object& essence = *essenceDescriptor(descriptor);
-    link.sampleRate = rationalOf(essence, PID_FileDescriptor_SampleRate);
-    link.essenceLength = int64Of(essence, PID_FileDescriptor_Length);
-    link.channels = uint32Of(essence, PID_SoundDescriptor_Channels);
-    link.embedded = context.essence.find(link.mobId) != nullptr;
+    source.sampleRate = rationalOf(essence, PID_FileDescriptor_SampleRate);
+    source.essenceLength = int64Of(essence, PID_FileDescriptor_Length);
+    source.channels = uint32Of(essence, PID_SoundDescriptor_Channels);
+    source.embedded = context.essence.find(source.mobId) != nullptr;
 }
 
 // The source clip at `position` in a slot's segment, with `position` made relative to it;
@@ -81,7 +81,30 @@ std::string importPathOf(const Object& mob) {
 }
 
 bool alreadyInChain(const SourceChain& chain, const aafMobID_t& id) {
-    return std::any_of(chain.links.begin(), chain.links.end(), [&](const SourceLink& l) { return l.mobId == id; });
+    return std::any_of(chain.links.begin(), chain.links.end(),
+                       [&](const SourceLink& link) { return link.mob->mobId == id; });
+}
+
+std::shared_ptr<const SourceMob> readSourceMob(const Object& mob, const aafMobID_t& id, ReadContext& context) {
+    Object* descriptor = nullptr;
+    aafkit::getEssenceDescriptor(mob, descriptor);
+    auto source = std::make_shared<SourceMob>();
+    source->kind = kindOf(mob, descriptor);
+    source->name = textOf(mob, PID_Mob_Name);
+    source->mobId = id;
+    source->timecode = findTimecode(mob);
+    source->importPath = importPathOf(mob);
+    if (source->kind == MobKind::Master)
+        for (const Object* slot : aafkit::getSlots(mob)) readMarkers(*slot, slotEditRate(*slot), source->markers);
+    if (descriptor) describeSource(*descriptor, *source, context);
+    return source;
+}
+
+// Every clip of a master reaches the same mobs: each is read once.
+const std::shared_ptr<const SourceMob>& sourceMob(const Object& mob, const aafMobID_t& id, ReadContext& context) {
+    std::shared_ptr<const SourceMob>& known = context.sourceMobs[&mob];
+    if (!known) known = readSourceMob(mob, id, context);
+    return known;
 }
 
 struct Reference {
@@ -98,19 +121,9 @@ std::optional<Reference> addLink(const Reference& reference, SourceChain& chain,
         chain.broken = "mob " + aafkit::mobIdToText(reference.mobId) + " is not in the file";
         return std::nullopt;
     }
-    Object* descriptor = nullptr;
-    aafkit::getEssenceDescriptor(*mob, descriptor);
     SourceLink link;
-    link.kind = kindOf(*mob, descriptor);
-    link.name = textOf(*mob, PID_Mob_Name);
-    link.mobId = reference.mobId;
+    link.mob = sourceMob(*mob, reference.mobId, context);
     link.slotId = reference.slotId;
-    link.timecode = findTimecode(*mob);
-    link.importPath = importPathOf(*mob);
-    if (link.kind == MobKind::Master)
-        for (const Object* masterSlot : aafkit::getSlots(*mob))
-            readMarkers(*masterSlot, slotEditRate(*masterSlot), link.markers);
-    if (descriptor) describeSource(*descriptor, link, context);
     Object* slot = nullptr;
     if (aafkit::lookupSlot(*mob, reference.slotId, slot) != AAFRESULT_SUCCESS) {
         chain.links.push_back(std::move(link));
@@ -204,21 +217,21 @@ const char* mobKindName(MobKind kind) {
 
 const SourceLink* SourceChain::find(MobKind kind) const {
     for (const SourceLink& link : links)
-        if (link.kind == kind) return &link;
+        if (link.mob->kind == kind) return &link;
     return nullptr;
 }
 
 const SourceLink* SourceChain::origin() const {
     for (auto link = links.rbegin(); link != links.rend(); ++link)
-        if (link->kind == MobKind::Tape || link->kind == MobKind::Film || link->kind == MobKind::Import ||
-            link->kind == MobKind::Source)
+        if (link->mob->kind == MobKind::Tape || link->mob->kind == MobKind::Film || link->mob->kind == MobKind::Import ||
+            link->mob->kind == MobKind::Source)
             return &*link;
     return find(MobKind::File);
 }
 
 const SourceLink* SourceChain::timecoded() const {
     for (auto link = links.rbegin(); link != links.rend(); ++link)
-        if (link->timecode && link->placed()) return &*link;
+        if (link->mob->timecode && link->placed()) return &*link;
     return nullptr;
 }
 

@@ -47,7 +47,7 @@ TEST_F(BrokenComposition, SourceChainsKeepWhatTheyReachedAndSayWhyTheyStop) {
 
     const composition::SourceChain& noFile = track.children[0].source.chain;
     ASSERT_EQ(noFile.links.size(), 1u);
-    EXPECT_EQ(noFile.links[0].name, "master");
+    EXPECT_EQ(noFile.links[0].mob->name, "master");
     EXPECT_EQ(noFile.links[0].start, 5);
     EXPECT_NE(noFile.broken.find("is not in the file"), std::string::npos) << noFile.broken;
 

@@ -67,7 +67,7 @@ TEST(SampleComposition, ClipsReachTheirTapesTimecode) {
             ASSERT_NE(chain.find(composition::MobKind::Master), nullptr);
             ASSERT_NE(chain.find(composition::MobKind::File), nullptr);
             ASSERT_NE(chain.timecoded(), nullptr);
-            EXPECT_EQ(chain.timecoded()->timecode->start, 86400);
+            EXPECT_EQ(chain.timecoded()->mob->timecode->start, 86400);
             EXPECT_EQ(composition::sourceStart(segment, track.editRate), 86400);
         });
     EXPECT_EQ(clips, 5);

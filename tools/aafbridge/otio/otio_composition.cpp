@@ -90,22 +90,22 @@ Json timecodeJson(const Timecode& timecode) {
 
 // A mob of a clip's chain, with only what it states: a chain is written for every clip.
 Json linkJson(const SourceLink& link) {
-    Json data = {{"kind", mobKindName(link.kind)}, {"mobId", aafkit::mobIdToText(link.mobId)}, {"slotId", link.slotId}};
-    if (!link.name.empty()) data["name"] = link.name;
+    Json data = {{"kind", mobKindName(link.mob->kind)}, {"mobId", aafkit::mobIdToText(link.mob->mobId)}, {"slotId", link.slotId}};
+    if (!link.mob->name.empty()) data["name"] = link.mob->name;
     if (link.physicalTrack) data["physicalTrack"] = link.physicalTrack;
     if (link.placed()) {
         data["editRate"] = rationalJson(link.editRate);
         data["start"] = link.start;
     }
-    if (link.timecode) data["timecode"] = timecodeJson(*link.timecode);
-    if (!link.descriptor.empty()) data["descriptor"] = link.descriptor;
-    if (link.channels) data["channels"] = link.channels;
-    if (link.sampleRate.numerator > 0) {
-        data["sampleRate"] = rationalJson(link.sampleRate);
-        data["length"] = link.essenceLength;
+    if (link.mob->timecode) data["timecode"] = timecodeJson(*link.mob->timecode);
+    if (!link.mob->descriptor.empty()) data["descriptor"] = link.mob->descriptor;
+    if (link.mob->channels) data["channels"] = link.mob->channels;
+    if (link.mob->sampleRate.numerator > 0) {
+        data["sampleRate"] = rationalJson(link.mob->sampleRate);
+        data["length"] = link.mob->essenceLength;
     }
-    if (!link.locators.empty()) data["locators"] = link.locators;
-    if (link.embedded) data["embedded"] = true;
+    if (!link.mob->locators.empty()) data["locators"] = link.mob->locators;
+    if (link.mob->embedded) data["embedded"] = true;
     return data;
 }
 
@@ -115,14 +115,14 @@ Json clipMetadata(const Segment& clip) {
     for (const SourceLink& link : chain.links) links.push_back(linkJson(link));
     Json data = {{"mobId", aafkit::mobIdToText(clip.source.mobId)}, {"slotId", clip.source.slotId},
                  {"startTime", clip.source.startTime}, {"sourceChain", std::move(links)}};
-    if (const SourceLink* origin = chain.origin(); origin && !origin->name.empty()) data["tapeName"] = origin->name;
+    if (const SourceLink* origin = chain.origin(); origin && !origin->mob->name.empty()) data["tapeName"] = origin->mob->name;
     if (!chain.broken.empty()) data["broken"] = chain.broken;
     addMetadata(clip.metadata, data);
     return data;
 }
 
 Json availableRange(const SourceLink& link) {
-    return otioRange(0, double(link.essenceLength), rateValue(link.sampleRate));
+    return otioRange(0, double(link.mob->essenceLength), rateValue(link.mob->sampleRate));
 }
 
 // DEFAULT_MEDIA is the media file (mediaUrl); every other file a mob of the chain locates is
@@ -138,14 +138,14 @@ Json mediaReferences(const Segment& clip) {
         references["DEFAULT_MEDIA"] = std::move(missing);
     }
     for (const SourceLink& link : chain.links) {
-        if (link.locators.empty() && link.importPath.empty()) continue;
-        const std::string linkUrl = fileUrl(link.importPath.empty() ? link.locators.front() : link.importPath);
-        std::string key = linkUrl == url ? "DEFAULT_MEDIA" : link.name.empty() ? mobKindName(link.kind) : link.name;
+        if (link.mob->locators.empty() && link.mob->importPath.empty()) continue;
+        const std::string linkUrl = fileUrl(link.mob->importPath.empty() ? link.mob->locators.front() : link.mob->importPath);
+        std::string key = linkUrl == url ? "DEFAULT_MEDIA" : link.mob->name.empty() ? mobKindName(link.mob->kind) : link.mob->name;
         if (references.contains(key) && key == "DEFAULT_MEDIA") continue;
         while (references.contains(key)) key += "+";
-        Json external = otioObject("ExternalReference.1", link.name, {});
+        Json external = otioObject("ExternalReference.1", link.mob->name, {});
         external["target_url"] = linkUrl;
-        external["available_range"] = link.essenceLength > 0 && link.sampleRate.numerator > 0 ? availableRange(link) : Json();
+        external["available_range"] = link.mob->essenceLength > 0 && link.mob->sampleRate.numerator > 0 ? availableRange(link) : Json();
         external["available_image_bounds"] = nullptr;
         references[key] = std::move(external);
     }
@@ -255,7 +255,7 @@ private:
         const SourceLink* master = clip.source.chain.find(MobKind::Master);
         if (!master || !master->placed()) return;
         const int64_t clipIn = convertEditUnits(master->start, master->editRate, rate_);
-        for (const Marker& marker : master->markers) {
+        for (const Marker& marker : master->mob->markers) {
             const int64_t offset = convertEditUnits(marker.position, marker.editRate, rate_) - clipIn;
             if (offset >= 0 && offset < clip.length) item["markers"].push_back(markerJson(marker, nullptr, start + offset, rate_));
         }

@@ -45,7 +45,7 @@ Timecode countingFromZero(const aafRational_t& rate) {
 // The source timecode of a clip `length` edit units long at `rate`, from its chain.
 Json timecodeRange(const SourceChain& chain, int64_t length, const aafRational_t& rate) {
     const SourceLink* timecoded = chain.timecoded();
-    const Timecode timecode = timecoded ? *timecoded->timecode : countingFromZero(rate);
+    const Timecode timecode = timecoded ? *timecoded->mob->timecode : countingFromZero(rate);
     const aafRational_t counted = timecode.editRate.numerator > 0 ? timecode.editRate : rate;
     const std::optional<int64_t> in = sourceStart(chain, counted);
     if (!in) return Json();
@@ -65,7 +65,7 @@ uint32_t channelOf(const SourceChain& chain) {
 
 bool embedded(const SourceChain& chain) {
     for (const SourceLink& link : chain.links)
-        if (link.embedded) return true;
+        if (link.mob->embedded) return true;
     return false;
 }
 
@@ -91,8 +91,8 @@ Json EventSources::sourceOf(const Json& event, double editRate) {
     const SourceChain chain =
         resolver_.resolve(found->second, event["slot"].get<uint32_t>(), event["inPoint"].get<int64_t>(), trackRate);
     const SourceLink* origin = chain.origin();
-    Json source = {{"name", origin ? origin->name : std::string()},
-                   {"kind", origin ? mobKindName(origin->kind) : ""},
+    Json source = {{"name", origin ? origin->mob->name : std::string()},
+                   {"kind", origin ? mobKindName(origin->mob->kind) : ""},
                    {"timecode", timecodeRange(chain, event["length"].get<int64_t>(), trackRate)},
                    {"url", mediaUrl(chain)},
                    {"embedded", embedded(chain)},
