@@ -166,29 +166,33 @@ void ReadLargeTimelineBack(benchmark::State& state) {
 }
 BENCHMARK(ReadLargeTimelineBack)->Unit(benchmark::kMillisecond)->Iterations(3);
 
-// `aafbridge timeline` on the same file, as text (json:0) and as JSON (json:1), each run a
-// process of its own: it prints while it reads, so its peak is the read's, not the output's.
-// Run it alone (--benchmark_filter=TimelineOfLargeFile): a child is charged the peak of the
-// process that starts it, which the benchmarks before it raise to the write's.
-void TimelineOfLargeFile(benchmark::State& state) {
-    const std::string path = outputPath("bench_writer_timeline.aaf");
+// A tool command on a freshly written file, each run a process of its own; the figures are
+// the last run's. Run such benchmarks alone (--benchmark_filter=NAME): a child is charged the
+// peak of the process that starts it, which the benchmarks before it raise to the write's.
+void toolOnLargeFile(benchmark::State& state, const char* command, const char* option) {
+    const std::string path = outputPath((std::string("bench_writer_") + command + ".aaf").c_str());
     if (!runChild({g_self, "--write-only", path}).ok) {
         state.SkipWithError("the write failed");
         return;
     }
-    std::vector<std::string> command = {AAFBRIDGE_TOOL, "timeline", path};
-    if (state.range(0) != 0) command.push_back("--json");
+    std::vector<std::string> arguments = {AAFBRIDGE_TOOL, command, path};
+    if (state.range(0) != 0) arguments.push_back(option);
     ChildRun run;
     for (auto _ : state) {
-        if (!(run = runChild(command)).ok) {
-            state.SkipWithError("timeline failed");
+        if (!(run = runChild(arguments)).ok) {
+            state.SkipWithError((std::string(command) + " failed").c_str());
             break;
         }
         state.SetIterationTime(run.seconds);
     }
     state.counters["peak_MiB"] = run.peakMiB;
+    state.counters["cpu_s"] = run.cpuSeconds;
     std::remove(path.c_str());
 }
+
+// `aafbridge timeline` on the same file, as text (json:0) and as JSON (json:1): it prints
+// while it reads, so its peak is the read's, not the output's.
+void TimelineOfLargeFile(benchmark::State& state) { toolOnLargeFile(state, "timeline", "--json"); }
 BENCHMARK(TimelineOfLargeFile)->ArgName("json")->Arg(0)->Arg(1)->UseManualTime()->Unit(benchmark::kMillisecond)->Iterations(3);
 
 // The same file read as the file holds it (composition/): the model that `otio` converts and
@@ -217,27 +221,8 @@ void ReadLargeComposition(benchmark::State& state) {
 BENCHMARK(ReadLargeComposition)->Unit(benchmark::kMillisecond)->Iterations(3);
 
 // `aafbridge otio` on the same file: the composition as the file holds it (host_view:0)
-// against the reader's view (host_view:1), a process each. Run it alone, as above.
-void OtioOfLargeFile(benchmark::State& state) {
-    const std::string path = outputPath("bench_writer_otio.aaf");
-    if (!runChild({g_self, "--write-only", path}).ok) {
-        state.SkipWithError("the write failed");
-        return;
-    }
-    std::vector<std::string> command = {AAFBRIDGE_TOOL, "otio", path};
-    if (state.range(0) != 0) command.push_back("--host-view");
-    ChildRun run;
-    for (auto _ : state) {
-        if (!(run = runChild(command)).ok) {
-            state.SkipWithError("otio failed");
-            break;
-        }
-        state.SetIterationTime(run.seconds);
-    }
-    state.counters["peak_MiB"] = run.peakMiB;
-    state.counters["cpu_s"] = run.cpuSeconds;
-    std::remove(path.c_str());
-}
+// against the reader's view (host_view:1).
+void OtioOfLargeFile(benchmark::State& state) { toolOnLargeFile(state, "otio", "--host-view"); }
 BENCHMARK(OtioOfLargeFile)->ArgName("host_view")->Arg(0)->Arg(1)->UseManualTime()->Unit(benchmark::kMillisecond)->Iterations(3);
 
 }  // namespace

@@ -116,23 +116,35 @@ Reading readingOf(const Json& timeline) {
 // A tenth of a frame at any rate the samples use.
 bool sameTime(double a, double b) { return std::fabs(a - b) < 0.002; }
 
-// The reference's clips that the document does not hold with the same name, source range and
-// media; each clip of ours stands for one of theirs.
-std::vector<std::string> missingClips(const Reading& reference, const Reading& ours) {
-    std::vector<bool> used(ours.clips.size(), false);
+// The reference's items (clips, markers) that the document does not hold alike, each of ours
+// standing for one of theirs; each missing one as `describe` names it.
+template <class Item, class Same, class Describe>
+std::vector<std::string> unmatched(const std::vector<Item>& theirs, const std::vector<Item>& ours, Same same,
+                                   Describe describe) {
+    std::vector<bool> used(ours.size(), false);
     std::vector<std::string> missing;
-    for (const ClipSeen& theirs : reference.clips) {
-        bool found = false;
-        for (size_t i = 0; i < ours.clips.size() && !found; ++i) {
-            const ClipSeen& clip = ours.clips[i];
-            found = !used[i] && clip.name == theirs.name && sameTime(clip.startSeconds, theirs.startSeconds) &&
-                    sameTime(clip.durationSeconds, theirs.durationSeconds) &&
-                    (theirs.url.empty() || clip.urls.count(theirs.url));
-            if (found) used[i] = true;
-        }
-        if (!found) missing.push_back(theirs.name + " at " + std::to_string(theirs.startSeconds) + " s");
+    for (const Item& item : theirs) {
+        size_t i = 0;
+        while (i < ours.size() && (used[i] || !same(ours[i], item))) ++i;
+        if (i < ours.size())
+            used[i] = true;
+        else
+            missing.push_back(describe(item));
     }
     return missing;
+}
+
+// Clips with the same name, the same frames playing and, where the reference names a media
+// file, that file among ours.
+std::vector<std::string> missingClips(const Reading& reference, const Reading& ours) {
+    return unmatched(
+        reference.clips, ours.clips,
+        [](const ClipSeen& clip, const ClipSeen& theirs) {
+            return clip.name == theirs.name && sameTime(clip.startSeconds, theirs.startSeconds) &&
+                   sameTime(clip.durationSeconds, theirs.durationSeconds) &&
+                   (theirs.url.empty() || clip.urls.count(theirs.url));
+        },
+        [](const ClipSeen& clip) { return clip.name + " at " + std::to_string(clip.startSeconds) + " s"; });
 }
 
 // Where the two readers part on purpose, and the check that the difference concerns.
@@ -157,22 +169,16 @@ const std::map<std::string, Difference> kDifferences = {
                     "starts them at 7817.8 (the time warp's offset added), we at the file mob's 7817"}},
 };
 
-// The reference's markers that the document does not hold in the same colour at the same time
-// with the same text (the reference names markers by their comment).
+// Markers in the same colour at the same time with the same text (the reference names markers
+// by their comment).
 std::vector<std::string> missingMarkers(const Reading& reference, const Reading& ours) {
-    std::vector<bool> used(ours.markers.size(), false);
-    std::vector<std::string> missing;
-    for (const MarkerSeen& theirs : reference.markers) {
-        bool found = false;
-        for (size_t i = 0; i < ours.markers.size() && !found; ++i) {
-            const MarkerSeen& marker = ours.markers[i];
-            found = !used[i] && marker.colour == theirs.colour && sameTime(marker.seconds, theirs.seconds) &&
-                    (marker.name == theirs.name || marker.comment == theirs.name);
-            if (found) used[i] = true;
-        }
-        if (!found) missing.push_back(theirs.colour + " at " + std::to_string(theirs.seconds) + " s");
-    }
-    return missing;
+    return unmatched(
+        reference.markers, ours.markers,
+        [](const MarkerSeen& marker, const MarkerSeen& theirs) {
+            return marker.colour == theirs.colour && sameTime(marker.seconds, theirs.seconds) &&
+                   (marker.name == theirs.name || marker.comment == theirs.name);
+        },
+        [](const MarkerSeen& marker) { return marker.colour + " at " + std::to_string(marker.seconds) + " s"; });
 }
 
 bool differs(const std::string& sample, Check check) {
