@@ -17,6 +17,9 @@ namespace composition {
 constexpr int kMaxDepth = 64;
 // Master, file, tape and a few sub-clip or import steps in between.
 constexpr size_t kMaxChainLength = 16;
+// A nest is read again wherever it is used, so nests that use each other twice over would
+// double with every level: past this many segments read inside nests, no further nest opens.
+constexpr size_t kMaxNestedSegments = 1000000;
 
 struct ReadContext {
     explicit ReadContext(const aafkit::File& f) : file(f), essence(f) {}
@@ -26,6 +29,7 @@ struct ReadContext {
     std::vector<const aafkit::Object*> compositionsOpen;
     std::unordered_map<const aafkit::Object*, std::shared_ptr<const SourceMob>> sourceMobs;
     int depth = 0;
+    size_t nestedSegments = 0;
 };
 
 }  // namespace composition

@@ -31,6 +31,10 @@ void readNestedComposition(const Object& mob, Segment& segment, ReadContext& con
         segment.problem = "composition " + aafkit::mobIdToText(segment.source.mobId) + " includes itself";
         return;
     }
+    if (context.nestedSegments > kMaxNestedSegments) {
+        segment.problem = "the nests expand to more than " + std::to_string(kMaxNestedSegments) + " segments";
+        return;
+    }
     Object* slot = nullptr;
     Object* inner = nullptr;
     if (aafkit::lookupSlot(mob, segment.source.slotId, slot) != AAFRESULT_SUCCESS ||
@@ -132,6 +136,7 @@ Segment readSegment(const Object& object, const aafRational_t& rate, ReadContext
         segment.problem = "nested deeper than " + std::to_string(kMaxDepth) + " levels";
         return segment;
     }
+    if (context.compositionsOpen.size() > 1) ++context.nestedSegments;
     segment.metadata = readMetadata(object, PID_Component_UserComments, PID_Component_Attributes,
                                     &kAAFPropID_Component_ComponentAttributeList);
     ++context.depth;

@@ -98,6 +98,26 @@ TEST_F(BrokenComposition, NestingAThousandDeepStopsAtABoundWithTheReason) {
     EXPECT_NE(deepest->problem.find("nested deeper than"), std::string::npos) << deepest->problem;
 }
 
+TEST_F(BrokenComposition, NestsThatDoubleAtEveryLevelStopAtABound) {
+    // Each level shows the next twice: read out, 2^40 clips.
+    for (uint32_t level = 0; level < 40; ++level) {
+        aafkit::Object& twice = aafkit::createSequence(s.file(), kAAFDataDef_Sound);
+        for (int i = 0; i < 2; ++i) aafkit::appendComponent(twice, level == 39 ? s.filler(10) : s.clip(101 + level, 1, 10, 0));
+        s.slot(s.mob(AUID_AAFCompositionMob, 100 + level, L"level", &kAAFUsage_LowerLevel), 1, twice);
+    }
+    const composition::Composition c = read(s.clip(100, 1, 20, 0));
+    size_t segments = 0;
+    bool bounded = false;
+    std::function<void(const Segment&)> count = [&](const Segment& segment) {
+        ++segments;
+        bounded = bounded || segment.problem.find("more than") != std::string::npos;
+        for (const Segment& child : segment.children) count(child);
+    };
+    count(only(c));
+    EXPECT_TRUE(bounded);
+    EXPECT_LT(segments, 3000000u);
+}
+
 TEST_F(BrokenComposition, AMarkerOfASlotThatIsNotThereIsKeptAsItIs) {
     Object& top = s.mob(AUID_AAFCompositionMob, 1, L"top", &kAAFUsage_TopLevel);
     s.slot(top, 1, s.filler(50), 1);
