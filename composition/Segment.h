@@ -25,6 +25,7 @@ enum class SegmentKind {
     EssenceGroup,
     Timecode,
     Edgecode,
+    Pulldown,  // film and video rates converted: its input as its child
     Marker,  // markers inside a track's sequence; kept in place, and in the composition's list
     Other,
 };

@@ -108,7 +108,11 @@ void readKind(const Object& object, const aafRational_t& rate, Segment& segment,
         segment.timecode = readTimecode(object);
     } else if (object.isA(AUID_AAFEvent)) {
         segment.kind = SegmentKind::Marker;
-    } else if (segment.className == "Edgecode") {
+    } else if (object.isA(AUID_AAFPulldown)) {
+        segment.kind = SegmentKind::Pulldown;
+        if (Object* input = aafkit::strongChild(&object, PID_Pulldown_InputSegment))
+            segment.children.push_back(readSegment(*input, rate, context));
+    } else if (object.isA(AUID_AAFEdgeCode)) {
         segment.kind = SegmentKind::Edgecode;
     }
 }
@@ -160,6 +164,7 @@ const char* segmentKindName(SegmentKind kind) {
     case SegmentKind::EssenceGroup: return "EssenceGroup";
     case SegmentKind::Timecode: return "Timecode";
     case SegmentKind::Edgecode: return "Edgecode";
+    case SegmentKind::Pulldown: return "Pulldown";
     case SegmentKind::Marker: return "Marker";
     case SegmentKind::Other: return "Other";
     }

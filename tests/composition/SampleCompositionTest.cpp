@@ -72,3 +72,19 @@ TEST(SampleComposition, ClipsReachTheirTapesTimecode) {
         });
     EXPECT_EQ(clips, 5);
 }
+
+TEST(SampleComposition, EveryKindOfSlotIsKeptInFileOrder) {
+    if (!std::filesystem::exists(testsupport::sample("media-composer/essence_group.aaf"))) GTEST_SKIP() << "no samples";
+    const composition::Composition read = readSample("media-composer/essence_group.aaf");
+    ASSERT_EQ(read.tracks.size(), 10u);
+    for (size_t i = 0; i < read.tracks.size(); ++i) EXPECT_EQ(read.tracks[i].slotId, i + 1);
+    EXPECT_EQ(read.tracks[0].segment.kind, composition::SegmentKind::Timecode);
+    EXPECT_EQ(read.tracks[0].segment.timecode.start, 87162);
+    ASSERT_EQ(read.tracks[1].segment.kind, composition::SegmentKind::Pulldown);
+    ASSERT_EQ(read.tracks[1].segment.children.size(), 1u);
+    EXPECT_EQ(read.tracks[1].segment.children[0].timecode.fps, 25);
+    EXPECT_EQ(read.tracks[7].segment.kind, composition::SegmentKind::Edgecode);
+    EXPECT_EQ(read.tracks[8].data, composition::DataKind::Picture);
+    ASSERT_TRUE(read.timecode.has_value());
+    EXPECT_EQ(read.timecode->fps, 24);
+}
