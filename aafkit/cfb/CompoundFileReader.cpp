@@ -132,7 +132,7 @@ Status CompoundFileReader::readDirectory(uint32_t firstSector) {
     if (chain.empty()) return fail("empty directory", "sector", firstSector);
     const size_t perSector = sectorSize_ / kEntrySize;
     entries_.assign(chain.size() * perSector, DirectoryEntry());
-    std::pmr::vector<EntryLinks> links(entries_.size(), mem::tableResource());
+    mem::Vector<EntryLinks> links(entries_.size(), mem::tableResource());
     std::vector<uint8_t> block(sectorSize_);
     ClassIdTable classIds(clsids_);
     // Room for every name in ASCII, the usual case, so the pool is never copied to
@@ -185,8 +185,8 @@ Status CompoundFileReader::convertEntry(uint32_t id, const EntryRecord& record, 
 // most once, and lays its children side by side in that order: the file's own name
 // order, so that a child is found by binary search. A tree the file left out of order
 // is sorted.
-Status CompoundFileReader::linkTree(const std::pmr::vector<EntryLinks>& links) {
-    std::pmr::vector<bool> visited(entries_.size(), false, mem::tableResource());
+Status CompoundFileReader::linkTree(const mem::Vector<EntryLinks>& links) {
+    mem::Vector<bool> visited(entries_.size(), false, mem::tableResource());
     visited[0] = true;
     children_.reserve(entries_.size());
     std::vector<uint32_t> storages{0}, path;

@@ -69,7 +69,7 @@ private:
                      AllocationTable& table) const;
     Status readDirectory(uint32_t firstSector);
     Status convertEntry(uint32_t id, const EntryRecord& record, ClassIdTable& classIds);
-    Status linkTree(const std::pmr::vector<EntryLinks>& links);
+    Status linkTree(const mem::Vector<EntryLinks>& links);
     static bool precedes(std::string_view a, std::string_view b);
     void sortChildren(const DirectoryEntry& storage);
     Status readMiniStream(const FileHeader& header);
@@ -85,10 +85,10 @@ private:
     AllocationTable fat_;
     AllocationTable miniFat_;
     std::vector<uint32_t> miniStreamSectors_;
-    std::pmr::vector<DirectoryEntry> entries_{mem::tableResource()};
-    std::pmr::string names_{mem::hugePageResource()};  // every entry's name, one after another
+    mem::Vector<DirectoryEntry> entries_{mem::tableResource()};
+    mem::String names_{mem::hugePageResource()};  // every entry's name, one after another
     std::vector<ClassId> clsids_;                       // distinct class ids; the first is all zeros
-    std::pmr::vector<uint32_t> children_{mem::tableResource()};  // each storage's children together, by name
+    mem::Vector<uint32_t> children_{mem::tableResource()};  // each storage's children together, by name
 
     // Metadata is read in pieces of 64 to 4096 bytes, mostly in file order: small
     // reads go through a cache of aligned blocks, large ones straight to the file.

@@ -44,8 +44,8 @@ Arena::~Arena() {
     }
 }
 
-void* Arena::do_allocate(size_t bytes, size_t alignment) {
-    if (!pooled(bytes, alignment)) return std::pmr::new_delete_resource()->allocate(bytes, alignment);
+void* Arena::doAllocate(size_t bytes, size_t alignment) {
+    if (!pooled(bytes, alignment)) return heapResource()->allocate(bytes, alignment);
     const size_t size = roundUp(bytes == 0 ? 1 : bytes, kGranule);
     void* given = nullptr;
     if (FreeBlock*& head = free_[size / kGranule]) {
@@ -59,8 +59,8 @@ void* Arena::do_allocate(size_t bytes, size_t alignment) {
     return given;
 }
 
-void Arena::do_deallocate(void* p, size_t bytes, size_t alignment) {
-    if (!pooled(bytes, alignment)) return std::pmr::new_delete_resource()->deallocate(p, bytes, alignment);
+void Arena::doDeallocate(void* p, size_t bytes, size_t alignment) {
+    if (!pooled(bytes, alignment)) return heapResource()->deallocate(p, bytes, alignment);
     const size_t size = roundUp(bytes == 0 ? 1 : bytes, kGranule);
     markReadable(p, size, false);
     markReadable(p, sizeof(FreeBlock), true);

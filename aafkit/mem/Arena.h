@@ -7,12 +7,13 @@
 // ahead of what is handed out rather than faulted in one at a time.
 #include <array>
 #include <cstddef>
-#include <memory_resource>
 #include <vector>
+
+#include "aafkit/mem/Resource.h"
 
 namespace aafkit::mem {
 
-class Arena final : public std::pmr::memory_resource {
+class Arena final : public Resource {
 public:
     Arena() = default;
     Arena(const Arena&) = delete;
@@ -34,9 +35,8 @@ private:
         FreeBlock* next;
     };
 
-    void* do_allocate(size_t bytes, size_t alignment) override;
-    void do_deallocate(void* p, size_t bytes, size_t alignment) override;
-    bool do_is_equal(const std::pmr::memory_resource& other) const noexcept override { return this == &other; }
+    void* doAllocate(size_t bytes, size_t alignment) override;
+    void doDeallocate(void* p, size_t bytes, size_t alignment) override;
     static bool pooled(size_t bytes, size_t alignment) { return bytes <= kLargest && alignment <= kGranule; }
     void* carve(size_t size);
     void populateAhead();

@@ -29,23 +29,22 @@ void* mapAligned(size_t size) {
     return reinterpret_cast<void*>(aligned);
 }
 
-class HugePageResource final : public std::pmr::memory_resource {
-    void* do_allocate(size_t bytes, size_t alignment) override {
-        if (bytes < kHugePage) return std::pmr::new_delete_resource()->allocate(bytes, alignment);
+class HugePageResource final : public Resource {
+    void* doAllocate(size_t bytes, size_t alignment) override {
+        if (bytes < kHugePage) return heapResource()->allocate(bytes, alignment);
         return mapAligned(mappedSize(bytes));
     }
-    void do_deallocate(void* p, size_t bytes, size_t alignment) override {
+    void doDeallocate(void* p, size_t bytes, size_t alignment) override {
         if (bytes < kHugePage)
-            std::pmr::new_delete_resource()->deallocate(p, bytes, alignment);
+            heapResource()->deallocate(p, bytes, alignment);
         else
             ::munmap(p, mappedSize(bytes));
     }
-    bool do_is_equal(const std::pmr::memory_resource& other) const noexcept override { return this == &other; }
 };
 
 }  // namespace
 
-std::pmr::memory_resource* hugePageResource() {
+Resource* hugePageResource() {
     static HugePageResource resource;
     return &resource;
 }

@@ -5,10 +5,11 @@
 // take longer than reading it. Smaller allocations come from the global heap, so
 // small files cost no more than before. Stateless, so one instance serves every
 // thread and file.
-#include <memory_resource>
+
+#include "aafkit/mem/Resource.h"
 
 namespace aafkit::mem {
 
-std::pmr::memory_resource* hugePageResource();
+Resource* hugePageResource();
 
 }  // namespace aafkit::mem

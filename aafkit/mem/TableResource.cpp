@@ -10,21 +10,20 @@ namespace {
 // small files, whose tables reuse pages already there, about as much.
 constexpr size_t kWorthPopulating = 16 * 1024;
 
-class TableResource final : public std::pmr::memory_resource {
-    void* do_allocate(size_t bytes, size_t alignment) override {
+class TableResource final : public Resource {
+    void* doAllocate(size_t bytes, size_t alignment) override {
         void* table = hugePageResource()->allocate(bytes, alignment);
         if (bytes >= kWorthPopulating) populate(table, bytes);
         return table;
     }
-    void do_deallocate(void* p, size_t bytes, size_t alignment) override {
+    void doDeallocate(void* p, size_t bytes, size_t alignment) override {
         hugePageResource()->deallocate(p, bytes, alignment);
     }
-    bool do_is_equal(const std::pmr::memory_resource& other) const noexcept override { return this == &other; }
 };
 
 }  // namespace
 
-std::pmr::memory_resource* tableResource() {
+Resource* tableResource() {
     static TableResource resource;
     return &resource;
 }

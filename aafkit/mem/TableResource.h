@@ -2,10 +2,11 @@
 // Memory for tables that are filled as soon as they are made (a file's directory
 // and its indexes): hugePageResource's memory, with its pages populated at once
 // rather than faulted in one by one as the table fills.
-#include <memory_resource>
+
+#include "aafkit/mem/Resource.h"
 
 namespace aafkit::mem {
 
-std::pmr::memory_resource* tableResource();
+Resource* tableResource();
 
 }  // namespace aafkit::mem

@@ -3,12 +3,12 @@
 // the file's MetaDictionary declares, plus what the writer registers.
 #include <cstdint>
 #include <deque>
-#include <memory_resource>
 #include <string>
 #include <unordered_map>
 #include <vector>
 
 #include "../AafTypes.h"
+#include "../mem/Resource.h"
 #include "BaselineModel.h"
 
 namespace aafkit::meta {
@@ -81,18 +81,18 @@ struct AuidKeyHash {
 // Definitions with their lookup indexes: the built-in model once per process,
 // and per file what the file declares on top of it.
 struct ModelStore {
-    explicit ModelStore(std::pmr::memory_resource* memory = std::pmr::new_delete_resource())
+    explicit ModelStore(mem::Resource* memory = mem::heapResource())
         : classes(memory), types(memory), properties(memory), classesById(memory), classesByName(memory),
           typesById(memory), propertiesById(memory), propertiesByPid(memory) {}
 
-    std::pmr::deque<ClassDef> classes;
-    std::pmr::deque<TypeDef> types;
-    std::pmr::deque<PropertyDef> properties;
-    std::pmr::unordered_map<AuidKey, ClassDef*, AuidKeyHash> classesById;
-    std::pmr::unordered_map<std::string, ClassDef*> classesByName;
-    std::pmr::unordered_map<AuidKey, TypeDef*, AuidKeyHash> typesById;
-    std::pmr::unordered_map<AuidKey, PropertyDef*, AuidKeyHash> propertiesById;
-    std::pmr::unordered_map<uint16_t, PropertyDef*> propertiesByPid;
+    mem::Deque<ClassDef> classes;
+    mem::Deque<TypeDef> types;
+    mem::Deque<PropertyDef> properties;
+    mem::UnorderedMap<AuidKey, ClassDef*, AuidKeyHash> classesById;
+    mem::UnorderedMap<std::string, ClassDef*> classesByName;
+    mem::UnorderedMap<AuidKey, TypeDef*, AuidKeyHash> typesById;
+    mem::UnorderedMap<AuidKey, PropertyDef*, AuidKeyHash> propertiesById;
+    mem::UnorderedMap<uint16_t, PropertyDef*> propertiesByPid;
 };
 
 class MetaModel {

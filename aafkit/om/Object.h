@@ -2,10 +2,10 @@
 // An AAF object: its class and its properties. Objects are owned by their store;
 // everything else holds plain pointers valid until the file is closed.
 #include <cstdint>
-#include <memory_resource>
 #include <vector>
 
 #include "../AafTypes.h"
+#include "../mem/Resource.h"
 #include "Property.h"
 
 namespace aafkit {
@@ -19,7 +19,7 @@ class Object {
 public:
     // `memory` holds the properties: the store's, so that they go with it.
     Object(ObjectStore& store, const aafUID_t& classId, const meta::ClassDef* classDef,
-           std::pmr::memory_resource* memory)
+           mem::Resource* memory)
         : store_(&store), classId_(classId), classDef_(classDef), properties_(memory) {}
 
     ObjectStore& store() const { return *store_; }
@@ -31,8 +31,8 @@ public:
     // True if the object's class is baseClassId or derives from it.
     bool isA(const aafUID_t& baseClassId) const;
 
-    const std::pmr::vector<Property>& properties() const { return properties_; }
-    std::pmr::vector<Property>& properties() { return properties_; }
+    const mem::Vector<Property>& properties() const { return properties_; }
+    mem::Vector<Property>& properties() { return properties_; }
     const Property* find(uint16_t pid) const;
     Property* find(uint16_t pid);
     // The property with this pid, added empty in this form if absent.
@@ -51,7 +51,7 @@ private:
     ObjectStore* store_;
     aafUID_t classId_;
     const meta::ClassDef* classDef_;
-    std::pmr::vector<Property> properties_;
+    mem::Vector<Property> properties_;
     Object* container_ = nullptr;
     uint16_t containerPid_ = 0;
 };

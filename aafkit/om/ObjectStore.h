@@ -6,7 +6,6 @@
 #include <cstdint>
 #include <deque>
 #include <memory>
-#include <memory_resource>
 #include <string>
 #include <unordered_map>
 #include <vector>
@@ -66,7 +65,7 @@ private:
     mem::Arena memory_;  // the objects and their properties; declared first, so freed last
     std::unique_ptr<cfb::CompoundFileReader> source_;  // outlives the objects whose streams it reads
     meta::MetaModel model_;
-    std::pmr::deque<Object> objects_{&memory_};
+    mem::Deque<Object> objects_{&memory_};
     Object* root_ = nullptr;
     std::vector<std::vector<uint16_t>> paths_;
     uint64_t setsVersion_ = 0;

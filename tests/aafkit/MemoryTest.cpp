@@ -5,7 +5,6 @@
 
 #include <cstdint>
 #include <cstring>
-#include <memory_resource>
 #include <vector>
 
 #include "aafkit/mem/Arena.h"
@@ -66,9 +65,9 @@ TEST(Arena, OverAlignedBlocksAreHonoured) {
 
 TEST(Arena, ContainersGrowAndShrinkThroughIt) {
     aafkit::mem::Arena arena;
-    std::pmr::vector<std::pmr::vector<int>> lists(&arena);
+    aafkit::mem::Vector<aafkit::mem::Vector<int>> lists(&arena);
     for (int i = 0; i < 2000; ++i) {
-        lists.emplace_back();
+        lists.emplace_back(&arena);
         for (int k = 0; k <= i % 40; ++k) lists.back().push_back(i * 100 + k);
         if (i % 3 == 0) lists.erase(lists.begin() + i / 2);  // gives blocks back to be reused
     }
@@ -102,7 +101,7 @@ TEST(Arena, ReadsPastABlockOrAfterItIsGivenBackAreCaughtUnderAddressSanitizer) {
 }
 
 TEST(HugePageResource, LargeAllocationsAreAlignedWritableAndDistinct) {
-    std::pmr::memory_resource* memory = aafkit::mem::hugePageResource();
+    aafkit::mem::Resource* memory = aafkit::mem::hugePageResource();
     const size_t sizes[] = {100, (size_t(2) << 20) - 1, size_t(2) << 20, (size_t(5) << 20) + 3};
     std::vector<Allocation> allocations;
     for (size_t size : sizes) allocations.push_back({static_cast<uint8_t*>(memory->allocate(size, 16)), size});
@@ -124,7 +123,7 @@ TEST(Populate, KeepsWhatThePagesAroundTheRangeHold) {
 }
 
 TEST(TableResource, TablesSmallAndLargeAreWritableAndDistinct) {
-    std::pmr::memory_resource* memory = aafkit::mem::tableResource();
+    aafkit::mem::Resource* memory = aafkit::mem::tableResource();
     const size_t sizes[] = {10, 16 * 1024, 300 * 1024 + 7, (size_t(2) << 20) + 1};
     std::vector<Allocation> allocations;
     for (size_t size : sizes) allocations.push_back({static_cast<uint8_t*>(memory->allocate(size, 16)), size});
