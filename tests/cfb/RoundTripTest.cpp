@@ -57,6 +57,9 @@ struct Nested {
     }
 };
 
+// An empty stream; a bare {} would fit the stream-content overload as well as the bytes.
+const std::vector<uint8_t> kNoBytes;
+
 TEST(WriterRoundTrip, OurReaderAndOlefileReadBackEveryStreamAndClsid) {
     const Nested f;
     const std::string path = testsupport::temporaryPath("cfb-nested.aaf");
@@ -186,7 +189,7 @@ TEST(WriterRoundTrip, FiveThousandSiblingsFormABalancedRedBlackTree) {
         else
             writer.addStream(mobs, name, {uint8_t(i)});
     }
-    for (int small = 0; small < 3; ++small) writer.addStream(CompoundFileWriter::kRoot, std::string(small + 1, 'x'), {});
+    for (int small = 0; small < 3; ++small) writer.addStream(CompoundFileWriter::kRoot, std::string(small + 1, 'x'), kNoBytes);
     std::vector<uint8_t> bytes;
     ASSERT_TRUE(writer.write(bytes).ok());
     EXPECT_EQ(checkSiblingTree(bytes, 1), 5000u);
@@ -199,14 +202,14 @@ TEST(WriterErrors, BadNamesAndMisuseFailTheWrite) {
         std::function<void(CompoundFileWriter&)> build;
         const char* error;  // "" for a good file
     } cases[] = {
-        {[&](auto& w) { w.addStream(0, n15 + n15 + "n", {}); }, ""},
-        {[&](auto& w) { w.addStream(0, n15 + "名" + n15, {}); }, ""},
-        {[&](auto& w) { w.addStream(0, n15 + n15 + "nn", {}); }, "longer than 31"},
-        {[](auto& w) { w.addStream(0, "", {}); }, "empty name"},
-        {[](auto& w) { w.addStream(0, "a/b", {}); }, "name with"},
-        {[](auto& w) { w.addStream(0, "bad\xff", {}); }, "not UTF-8"},
-        {[](auto& w) { w.addStream(0, "Props", {}), w.addStorage(0, "pROPS", kClassA); }, "duplicate"},
-        {[](auto& w) { w.addStream(0, "s", {}), w.addStream(1, "child", {}); }, "no storage"},
+        {[&](auto& w) { w.addStream(0, n15 + n15 + "n", kNoBytes); }, ""},
+        {[&](auto& w) { w.addStream(0, n15 + "名" + n15, kNoBytes); }, ""},
+        {[&](auto& w) { w.addStream(0, n15 + n15 + "nn", kNoBytes); }, "longer than 31"},
+        {[](auto& w) { w.addStream(0, "", kNoBytes); }, "empty name"},
+        {[](auto& w) { w.addStream(0, "a/b", kNoBytes); }, "name with"},
+        {[](auto& w) { w.addStream(0, "bad\xff", kNoBytes); }, "not UTF-8"},
+        {[](auto& w) { w.addStream(0, "Props", kNoBytes), w.addStorage(0, "pROPS", kClassA); }, "duplicate"},
+        {[](auto& w) { w.addStream(0, "s", kNoBytes), w.addStream(1, "child", kNoBytes); }, "no storage"},
         {[](auto& w) { w.setClsid(9, kClassA); }, "no storage"},
     };
     for (const auto& c : cases) {

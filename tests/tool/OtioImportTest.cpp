@@ -2,6 +2,7 @@
 // view follows the interchange rules; what the writer cannot express is refused, naming the
 // item's path, and leaves no file.
 #include <string>
+#include <vector>
 
 #include "OtioTestSupport.h"
 
@@ -48,11 +49,15 @@ Json effect(const std::string& name, Json params, Json keyFrames = Json::array()
             {"metadata", {{"aafbridge", {{"params", params}, {"keyFrames", keyFrames}}}}}};
 }
 
-Json track(const std::string& kind, Json children) {
+// Lists of items are vectors: a braced list of one Json object would copy that object under
+// some compilers (clang) and wrap it in an array under others (GCC).
+using Items = std::vector<Json>;
+
+Json track(const std::string& kind, Items children) {
     return {{"OTIO_SCHEMA", "Track.1"}, {"name", ""}, {"kind", kind}, {"children", children}};
 }
 
-Json timeline(Json tracks, Json markers = Json::array(), Json start = nullptr) {
+Json timeline(Items tracks, Items markers = {}, Json start = nullptr) {
     return {{"OTIO_SCHEMA", "Timeline.1"},
             {"name", "Cut"},
             {"global_start_time", start},
@@ -207,7 +212,7 @@ TEST_F(OtioWrite, BadDocumentsAreNamed) {
     badTime["source_range"]["duration"]["value"] = "ten";
     expectRefused(timeline({track("Video", {badTime})}),
                   "tracks.children[0].children[0].source_range.duration.value: expected a number");
-    expectRefused(timeline({track("Subtitles", Json::array())}), "tracks.children[0].kind: \"Subtitles\"");
+    expectRefused(timeline({track("Subtitles", {})}), "tracks.children[0].kind: \"Subtitles\"");
     expectRefused(timeline({clip("A", 0, 10, 25)}), "tracks.children[0]: Clip is not supported here");
     // The tool's own description in a file named .otio is taken for OTIO, and says so.
     expectRefused({{"composition", {{"name", "C"}, {"rate", {25, 1}}}}}, "document: missing \"OTIO_SCHEMA\"");
