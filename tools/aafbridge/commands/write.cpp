@@ -40,15 +40,27 @@ const char* const kDemo = R"({
   "markers": [{"position": 50, "text": "Name title here"}, {"position": 400, "text": "Check the speed change"}]
 })";
 
+// --timeline N: a count from 1, or 0 when the text is none.
+size_t timelineNumber(const std::string& text) {
+    if (text.empty() || text.size() > 9 || text.find_first_not_of("0123456789") != std::string::npos) return 0;
+    return size_t(std::stoul(text));
+}
+
 }  // namespace
 
 int runWrite(const Invocation& invocation) {
     const std::string& input = invocation.operand(0);
     const std::string& output = invocation.operand(1);
+    OtioImportOptions options;
+    options.strict = invocation.has("--strict");
+    if (invocation.has("--timeline")) {
+        options.timeline = timelineNumber(invocation.options.at("--timeline"));
+        if (options.timeline == 0) return fail(invocation, "--timeline takes a number from 1");
+    }
     std::ifstream in(input);
     if (!in) return fail(invocation, "cannot open " + input + ": " + systemReason());
     if (!creatableOrReport(invocation, output)) return kExitFailure;
-    return writeJsonDescription(invocation.command->name, in, input, output);
+    return writeJsonDescription(invocation.command->name, in, input, output, options);
 }
 
 int runDemo(const Invocation& invocation) {

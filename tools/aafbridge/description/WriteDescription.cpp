@@ -24,12 +24,19 @@ int failed(const std::string& command, const std::string& what) {
 
 // The input as the tool's description. An OTIO document is read into a flat document, which
 // costs a fraction of nlohmann's tree; one found by its content alone is read again that way.
-nlohmann::json inputDescription(const std::string& text, const std::string& inputName) {
-    if (hasOtioExtension(inputName)) return descriptionFromOtio(FlatJson::parse(text));
+nlohmann::json inputDescription(const std::string& text, const std::string& inputName, const OtioImportOptions& options,
+                                OtioNotes& notes) {
+    if (hasOtioExtension(inputName)) return descriptionFromOtio(FlatJson::parse(text), options, notes);
     nlohmann::json description = parseJsonText(text);
     if (!isOtioDocument(description)) return description;
     description = nullptr;
-    return descriptionFromOtio(FlatJson::parse(text));
+    return descriptionFromOtio(FlatJson::parse(text), options, notes);
+}
+
+void reportNotes(const std::string& command, const OtioNotes& notes) {
+    if (notes.lines().empty()) return;
+    for (const std::string& line : notes.lines()) std::fprintf(stderr, "aafbridge %s: %s\n", command.c_str(), line.c_str());
+    std::fprintf(stderr, "aafbridge %s: %s\n", command.c_str(), notes.summary().c_str());
 }
 
 }  // namespace
@@ -63,14 +70,16 @@ int writeDescription(const std::string& command, const nlohmann::json& descripti
 }
 
 int writeJsonDescription(const std::string& command, std::istream& in, const std::string& inputName,
-                         const std::string& output) {
+                         const std::string& output, const OtioImportOptions& options) {
     nlohmann::json description;
+    OtioNotes notes(options.strict);
     try {
-        description = inputDescription(readText(in), inputName);
+        description = inputDescription(readText(in), inputName, options, notes);
     } catch (const DescriptionError& error) {
         return failed(command, inputName + " is not valid JSON: " + error.what());
     } catch (const OtioRefusal& refusal) {
         return failed(command, refusal.what());
     }
+    reportNotes(command, notes);
     return writeDescription(command, description, output);
 }

@@ -6,8 +6,11 @@
 #include <nlohmann/json.hpp>
 #include <string>
 
+#include "otio/otio.h"
+
 // `command` names the running command in error lines ("aafbridge <command>: ...").
 int writeDescription(const std::string& command, const nlohmann::json& description, const std::string& output);
-// `inputName` names the input in messages.
+// `inputName` names the input in messages. An OpenTimelineIO input is converted with
+// `options`; each change it needed is a line on standard error, then a summary.
 int writeJsonDescription(const std::string& command, std::istream& in, const std::string& inputName,
-                         const std::string& output);
+                         const std::string& output, const OtioImportOptions& options = {});

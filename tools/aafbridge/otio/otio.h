@@ -5,6 +5,7 @@
 #include <string>
 
 #include "description/FlatJson.h"
+#include "otio/otio_notes.h"
 
 // The host's view (see HostView.h) as an OTIO Timeline named `name`.
 nlohmann::ordered_json otioFromHostView(const nlohmann::ordered_json& view, const std::string& name);
@@ -14,6 +15,12 @@ nlohmann::ordered_json otioFromHostView(const nlohmann::ordered_json& view, cons
 bool hasOtioExtension(const std::string& path);
 bool isOtioDocument(const nlohmann::json& document);
 
-// The Timeline as the tool's own JSON description. Throws OtioRefusal, whose text starts with
-// the path of the item in the document, for what the writer cannot express.
-nlohmann::json descriptionFromOtio(const FlatJson& timeline);
+struct OtioImportOptions {
+    bool strict = false;  // refuse what would need a change instead of making it
+    size_t timeline = 0;  // of a SerializableCollection, counted from 1; 0 for the first
+};
+
+// The Timeline as the tool's own JSON description, each change it needed in `notes`. Throws
+// OtioRefusal, whose text starts with the path of the item in the document, for a broken
+// document and, with `strict`, for the first change needed.
+nlohmann::json descriptionFromOtio(const FlatJson& document, const OtioImportOptions& options, OtioNotes& notes);

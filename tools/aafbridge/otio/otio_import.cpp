@@ -1,6 +1,7 @@
 // An OpenTimelineIO Timeline read backwards into the tool's own JSON description, so that
 // one driver makes the writer calls and checks their answers. What the writer cannot express
-// is refused with the item's path; nothing is dropped.
+// as it stands is changed into what it can, each change noted with the item's path (with
+// --strict, refused instead); a document that is broken is refused either way.
 #include <algorithm>
 #include <cctype>
 #include <cmath>
@@ -10,32 +11,15 @@
 #include <vector>
 
 #include "otio/otio.h"
+#include "otio/otio_item_reader.h"
 #include "otio/otio_node.h"
+#include "otio/otio_notes.h"
 
 using Json = nlohmann::json;
+using Kind = FlatEntry::Kind;
+using Change = OtioNotes::Change;
 
 namespace {
-
-// One media reference as the clip the writer registers for it.
-struct Media {
-    std::string name, path;
-    int64_t start = 0, length = 0;  // available range, when the document gives one
-};
-
-// A child of a track while the transitions give their overlap back to their neighbours.
-struct Entry {
-    enum class Kind { clip, gap, transition };
-    Entry(Kind kind, const OtioNode& node) : kind(kind), node(node) {}
-    Kind kind;
-    OtioNode node;
-    int64_t start = 0, duration = 0;  // clips and gaps
-    int64_t in = 0, out = 0;          // transitions
-    Media media;                      // clips
-    std::vector<Json> effects;        // clips: the effect events that follow it, lengths to come
-};
-
-// Times beyond this many edit units are refused, so that sums of them stay far from overflow.
-constexpr double kLongest = 1e12;
 
 using Index = FlatJson::Index;
 
@@ -76,28 +60,37 @@ double firstRate(const FlatJson& document, Index timeline) {
 
 const char* kindName(bool video) { return video ? "video" : "audio"; }
 
+// A media reference as the clip the writer registers for it: its range covers every use.
+struct ClipUse {
+    std::string name, path;
+    int64_t mediaStart = 0;     // the available range's, rounded
+    int64_t first = 0, end = 0;  // the range, widened to what the events use of it
+    std::vector<std::string> kinds;        // one clip track per kind of track it is used on
+};
+
 class Import {
 public:
-    explicit Import(const OtioNode& timeline) : timeline_(timeline) {
-        if (!otioRate(firstRate(timeline.document(), timeline.index()), rate_))
-            timeline.refuse("no usable frame rate");
-    }
+    Import(const OtioNode& timeline, OtioNotes& notes)
+        : timeline_(timeline), notes_(notes), rate_(timelineRate(timeline)), reader_(rate_, notes) {}
 
     Json description() {
         const OtioNode stack = timeline_["tracks"];
         if (stack.schema() != "Stack") stack.refuse(stack.schema() + " is not supported here: expected a Stack");
-        refuseTrimsAndEffects(stack);
-        addMarkers(stack, 0);
+        if (!stack.flag("enabled", true)) stack["enabled"].refuse("a disabled Stack leaves nothing to write");
+        if (stack.has("source_range")) stack["source_range"].refuse("a trimmed Stack is not supported");
+        reader_.dropEffects(stack, "the timeline's Stack");
+        FlatItems top;
+        reader_.addMarkers(stack, 0, top);
+        addMarkers(top.markers);
         const OtioNode tracks = stack["children"];
         for (size_t t = 0; t < tracks.size(); ++t) addTrack(tracks.at(t));
         // Markers have no order in OTIO; the writer needs them in time order.
         std::stable_sort(markers_.begin(), markers_.end(),
                          [](const Json& a, const Json& b) { return a["position"] < b["position"]; });
-        for (size_t c = 0; c < clips_.size(); ++c)
-            for (Json& track : clips_[c]["tracks"]) track["length"] = clips_[c]["length"];
+        notes_.written(written_);
         // Built member by member: a braced list would copy every event.
         Json description = Json::object();
-        description["clips"] = std::move(clips_);
+        description["clips"] = clips();
         description["composition"] = {{"name", timeline_.text("name", "")},
                                       {"rate", {rate_.numerator, rate_.denominator}},
                                       {"timecodeStart", timecodeStart()},
@@ -109,25 +102,10 @@ public:
     }
 
 private:
-    // A time in edit units of the composition rate; times at other rates must land on them.
-    int64_t units(const OtioNode& time) const {
-        const double value = time["value"].number(), rate = time["rate"].number();
-        OtioRate own;
-        if (!otioRate(rate, own)) time["rate"].refuse("not a usable frame rate");
-        const double converted = own == rate_ ? value : value * rate_.value() / own.value();
-        const double whole = std::round(converted);
-        if (std::fabs(converted - whole) > 1e-6)
-            time.refuse(time["value"].shown() + " at " + time["rate"].shown() +
-                        " is not a whole number of edit units at " + std::to_string(rate_.numerator) + "/" +
-                        std::to_string(rate_.denominator) + ", the rate every track is written at");
-        if (std::fabs(whole) > kLongest) time.refuse("out of range");
-        return int64_t(whole);
-    }
-
-    int64_t length(const OtioNode& time) const {
-        const int64_t value = units(time);
-        if (value < 0) time.refuse("negative");
-        return value;
+    static OtioRate timelineRate(const OtioNode& timeline) {
+        OtioRate rate;
+        if (!otioRate(firstRate(timeline.document(), timeline.index()), rate)) timeline.refuse("no usable frame rate");
+        return rate;
     }
 
     uint32_t timecodeStart() const {
@@ -149,170 +127,151 @@ private:
         return document.kind(drop) == FlatJson::Kind::boolean && document.boolean(drop);
     }
 
-    static void refuseTrimsAndEffects(const OtioNode& composition) {
-        if (!composition.flag("enabled", true)) composition["enabled"].refuse("disabled items are not supported");
-        if (composition.has("source_range")) composition["source_range"].refuse("a trimmed " + composition.schema() + " is not supported");
-        if (composition.count("effects") > 0)
-            composition["effects"].at(0).refuse("effects on a " + composition.schema() + " are not supported");
-    }
-
-    // Markers of an item whose own time `sourceStart` sits at `position` on the timeline.
-    void addMarkers(const OtioNode& owner, int64_t offset) {
-        if (owner.count("markers") == 0) return;
-        const OtioNode markers = owner["markers"];
-        for (size_t m = 0; m < markers.size(); ++m) {
-            const OtioNode marker = markers.at(m);
-            if (marker.schema() != "Marker") marker.refuse(marker.schema() + " is not supported here: expected a Marker");
-            const std::string name = marker.text("name", ""), comment = marker.text("comment", "");
-            const std::string text = comment.empty() ? name : name.empty() ? comment : name + ": " + comment;
-            markers_.push_back({{"position", offset + units(marker["marked_range"]["start_time"])}, {"text", text}});
-        }
+    void addMarkers(const std::vector<FlatMarker>& markers) {
+        for (const FlatMarker& marker : markers)
+            markers_.push_back({{"position", int64_t(std::llround(marker.at))}, {"text", marker.text}});
     }
 
     void addTrack(const OtioNode& track) {
         if (track.schema() != "Track") track.refuse(track.schema() + " is not supported here: the Stack's children must be Tracks");
-        refuseTrimsAndEffects(track);
         const std::string kind = track["kind"].text();
-        if (kind != "Video" && kind != "Audio") track["kind"].refuse("\"" + kind + "\" is not Video or Audio");
-        addMarkers(track, 0);
-        std::vector<Entry> entries;
-        int64_t position = 0;
-        const OtioNode children = track["children"];
-        for (size_t i = 0; i < children.size(); ++i) {
-            entries.push_back(entry(children.at(i)));
-            const Entry& added = entries.back();
-            if (added.kind != Entry::Kind::transition) addMarkers(added.node, position - added.start);
-            position += added.duration;
-            if (position > kLongest) added.node.refuse("the track is longer than the writer can take");
+        if (kind != "Video" && kind != "Audio") {
+            notes_.change(track["kind"], Change::dropped, "\"" + kind + "\" is not Video or Audio", "the track left out");
+            return;
         }
-        longestTrack_ = std::max(longestTrack_, position);
-        giveBackOverlaps(entries);
+        reader_.dropEffects(track, "a Track");
+        FlatItems items = reader_.track(track);
+        if (!track.flag("enabled", true)) {
+            notes_.change(track["enabled"], Change::changed, "a disabled Track", "written as a gap of its length");
+            items = cropFlatItems(FlatItems(), 0, items.length, track);
+        }
+        if (track.has("source_range")) items = trimmed(track, items);
+        giveBackOverlaps(items.entries);
+        addMarkers(items.markers);
         Json& added = tracks_.emplace_back(Json::object());
         added["kind"] = kind == "Video" ? "video" : "audio";
-        added["events"] = events(entries, kind == "Video");
+        added["events"] = events(items.entries, kind == "Video");
     }
 
-    Entry entry(const OtioNode& child) {
-        const std::string schema = child.schema();
-        if (schema == "Transition") return transition(child);
-        if (schema == "Gap") {
-            if (child.count("effects") > 0)
-                child["effects"].at(0).refuse("effects on a Gap are not supported: the writer's effects cover a clip");
-            Entry gap(Entry::Kind::gap, child);
-            gap.start = units(child["source_range"]["start_time"]);
-            gap.duration = length(child["source_range"]["duration"]);
-            return gap;
-        }
-        if (schema == "Clip") return clip(child);
-        if (schema == "Stack" || schema == "Track")
-            child.refuse(schema + " inside a Track is not supported: nested compositions are refused, not flattened");
-        child.refuse(schema + " is not supported");
-    }
-
-    Entry transition(const OtioNode& child) {
-        const std::string type = child.text("transition_type", "SMPTE_Dissolve");
-        if (type != "SMPTE_Dissolve")
-            child["transition_type"].refuse("\"" + type + "\" is not supported: the writer writes dissolves");
-        Entry entry(Entry::Kind::transition, child);
-        entry.in = length(child["in_offset"]);
-        entry.out = length(child["out_offset"]);
-        return entry;
-    }
-
-    Entry clip(const OtioNode& child) {
-        if (!child.flag("enabled", true)) child["enabled"].refuse("disabled items are not supported");
-        Entry entry(Entry::Kind::clip, child);
-        entry.media = media(child);
-        const OtioNode range = child["source_range"];
-        entry.start = units(range["start_time"]);
-        entry.duration = length(range["duration"]);
-        if (entry.media.name.empty()) entry.media.name = child.text("name", "");
-        for (size_t e = 0; e < child.count("effects"); ++e) entry.effects.push_back(effect(child["effects"].at(e)));
-        return entry;
-    }
-
-    Media media(const OtioNode& clip) {
-        Media media;
-        media.name = clip.text("name", "");
-        if (!clip.has("media_references") && !clip.has("media_reference")) return media;  // OTIO's default: missing
-        const std::string key = clip.text("active_media_reference_key", "DEFAULT_MEDIA");
-        // Older documents hold a single reference.
-        const OtioNode references = clip[clip.has("media_references") ? "media_references" : "media_reference"];
-        const OtioNode reference = clip.has("media_references") ? references[key.c_str()] : references;
-        const std::string schema = reference.schema();
-        if (schema == "ExternalReference")
-            media.path = reference["target_url"].text();
-        else if (schema != "MissingReference")
-            reference.refuse(schema + " is not supported");
-        if (media.name.empty()) media.name = reference.text("name", "");
-        if (reference.has("available_range")) {
-            media.start = units(reference["available_range"]["start_time"]);
-            media.length = length(reference["available_range"]["duration"]);
-        }
-        return media;
-    }
-
-    // One effect event for the clip it sits on; its length is the clip's.
-    static Json effect(const OtioNode& effect) {
-        const std::string schema = effect.schema();
-        if (schema == "LinearTimeWarp") {
-            const double speed = effect["time_scalar"].number();
-            if (speed <= 0 || speed > 1000) effect["time_scalar"].refuse("the writer takes forward speeds up to 1000 only");
-            return {{"type", "speed"}, {"values", {speed}}};
-        }
-        if (schema != "Effect") effect.refuse(schema + " is not supported");
-        static const std::map<std::string, const char*> kTypes = {
-            {"Volume", "volume"}, {"Pan", "pan"}, {"Composite", "composite"}};
-        const std::string name = effect["effect_name"].text();
-        auto type = kTypes.find(name);
-        if (type == kTypes.end())
-            effect["effect_name"].refuse("\"" + name + "\" is not supported: the writer takes Volume, Pan, Composite and LinearTimeWarp");
-        const OtioNode metadata = effect["metadata"];
-        const OtioNode data = metadata["aafbridge"];
-        const std::vector<double> values = numbers(data["params"]);
-        const std::vector<double> keyFrames = data.has("keyFrames") ? numbers(data["keyFrames"]) : std::vector<double>();
-        if (values.empty()) data["params"].refuse("an effect needs at least one value");
-        if (keyFrames.size() > values.size()) data["keyFrames"].refuse("more key frames than values");
-        Json event = {{"type", type->second}, {"values", values}, {"keyFrames", keyFrames}};
-        // An effect read from an AAF file says how much it covered there.
-        if (data.has("length")) event["covers"] = data["length"].number();
-        return event;
-    }
-
-    static std::vector<double> numbers(const OtioNode& list) {
-        std::vector<double> values;
-        for (size_t i = 0; i < list.size(); ++i) values.push_back(list.at(i).number());
-        return values;
+    FlatItems trimmed(const OtioNode& track, const FlatItems& items) {
+        const OtioNode range = track["source_range"];
+        const double from = reader_.units(range["start_time"]), length = reader_.length(range["duration"]);
+        notes_.change(range, Change::changed, "a trimmed Track is not supported",
+                      "the trim applied: " + std::to_string(std::llround(length)) + " edit units from " +
+                          std::to_string(std::llround(from)));
+        return cropFlatItems(items, from, from + length, track);
     }
 
     // The writer fills a transition's open side itself: a filler of the transition's length
     // before one that starts at its cut (in_offset 0) and after one that ends there
-    // (out_offset 0). Such a side must face a gap or the track's end; any other side must
-    // face a clip or gap, which gets its overlap back.
-    static void giveBackOverlaps(std::vector<Entry>& entries) {
+    // (out_offset 0), which it fades from or into. Any other side must face a clip or gap,
+    // which gets its overlap back; a transition with nothing to overlap is left out.
+    void giveBackOverlaps(std::vector<FlatEntry>& entries) const {
+        std::vector<FlatEntry> kept;
+        kept.reserve(entries.size());
         for (size_t i = 0; i < entries.size(); ++i) {
-            Entry& transition = entries[i];
-            if (transition.kind != Entry::Kind::transition) continue;
-            Entry* before = i > 0 ? &entries[i - 1] : nullptr;
-            Entry* after = i + 1 < entries.size() ? &entries[i + 1] : nullptr;
-            checkSide(transition, before, transition.in, "in_offset", "before");
-            checkSide(transition, after, transition.out, "out_offset", "after");
-            if (transition.in > 0 && transition.out > 0) {
-                before->duration += transition.out;
-                after->start -= transition.in;
-                after->duration += transition.in;
+            FlatEntry& entry = entries[i];
+            if (entry.kind != Kind::transition) {
+                kept.push_back(std::move(entry));
+                continue;
             }
+            FlatEntry* before = !kept.empty() && kept.back().kind != Kind::transition ? &kept.back() : nullptr;
+            FlatEntry* after = i + 1 < entries.size() && entries[i + 1].kind != Kind::transition ? &entries[i + 1] : nullptr;
+            if (!sideFits(entry, before, entry.in, "in_offset", "before") ||
+                !sideFits(entry, after, entry.out, "out_offset", "after"))
+                continue;
+            if (entry.in > 0 && entry.out > 0) {
+                before->duration += entry.out;
+                after->start -= entry.in * after->speed;
+                after->duration += entry.in;
+            }
+            kept.push_back(std::move(entry));
+        }
+        entries = std::move(kept);
+    }
+
+    bool sideFits(const FlatEntry& transition, const FlatEntry* neighbour, double offset, const char* key,
+                  const char* side) const {
+        if (offset > 0 && !neighbour) {
+            notes_.change(transition.node[key], Change::dropped, std::string("needs a clip or gap ") + side + " the Transition",
+                          "the Transition left out");
+            return false;
+        }
+        if (offset == 0 && neighbour && neighbour->kind == Kind::clip)
+            notes_.change(transition.node[key], Change::changed,
+                          std::string("is 0: the writer puts a filler ") + side +
+                              " such a Transition, so it must face a Gap or the track's end",
+                          std::string("the writer's filler goes ") + side + " it, the clip keeps its place");
+        return true;
+    }
+
+    // The entries at whole edit units: every cut point rounded to the nearest, lengths the
+    // differences between them, so that no error adds up along the track.
+    Json events(std::vector<FlatEntry>& entries, bool video) {
+        Json events = Json::array();
+        double position = 0;
+        RoundingNotes rounding(notes_, rate_.value());
+        for (FlatEntry& entry : entries) {
+            if (entry.kind == Kind::transition) {
+                const double start = position - entry.in - entry.out;
+                const int64_t first = std::llround(start), cut = std::llround(start + entry.in), last = std::llround(position);
+                rounding.add(entry.node, {double(first) - start, double(cut) - (start + entry.in), double(last) - position});
+                events.push_back(event("transition", last - first));
+                events.back()["cutPoint"] = cut - first;
+                position = start;
+                continue;
+            }
+            const int64_t first = std::llround(position), last = std::llround(position + entry.duration);
+            rounding.add(entry.node, {double(first) - position, double(last) - (position + entry.duration)});
+            position += entry.duration;
+            if (entry.kind == Kind::gap) {
+                if (last > first) events.push_back(event("filler", last - first));
+            } else if (last > first) {
+                addClip(entry, last - first, video, rounding, events);
+            } else {
+                notes_.change(entry.node, Change::dropped, "a clip shorter than half an edit unit", "left out");
+            }
+        }
+        rounding.flush();
+        longestTrack_ = std::max(longestTrack_, int64_t(std::llround(position)));
+        written_ += events.size();
+        return events;
+    }
+
+    void addClip(FlatEntry& entry, int64_t length, bool video, RoundingNotes& rounding, Json& events) {
+        const int64_t start = std::llround(entry.start);
+        rounding.add(entry.node, {double(start) - entry.start, std::round(entry.media.start) - entry.media.start});
+        events.push_back(clipEvent(entry, start, length, video));
+        addSpeed(entry);
+        for (FlatEffect& effect : entry.effects) {
+            if (effect.covers && std::fabs(*effect.covers - double(length)) > 1e-6) {
+                notes_.change(*effect.node, Change::dropped,
+                              "covers " + std::to_string(std::llround(*effect.covers)) + " edit units, its clip " +
+                                  std::to_string(length) + ": the writer's effects cover one clip",
+                              "left out");
+                continue;
+            }
+            effect.event["length"] = length;
+            events.push_back(std::move(effect.event));
         }
     }
 
-    static void checkSide(const Entry& transition, const Entry* neighbour, int64_t offset, const char* key,
-                          const char* side) {
-        const bool item = neighbour && neighbour->kind != Entry::Kind::transition;
-        if (offset > 0 && !item)
-            transition.node[key].refuse(std::string("needs a clip or gap ") + side + " the Transition");
-        if (offset == 0 && neighbour && neighbour->kind != Entry::Kind::gap)
-            transition.node[key].refuse(std::string("is 0: the writer puts a filler ") + side +
-                                        " such a Transition, so it must face a Gap or the track's end");
+    // Time warps of the nests around a clip, as its speed.
+    void addSpeed(FlatEntry& entry) const {
+        if (std::fabs(entry.speed - 1) < 1e-9) return;
+        auto own = std::find_if(entry.effects.begin(), entry.effects.end(),
+                                [](const FlatEffect& e) { return e.event["type"] == "speed"; });
+        if (own == entry.effects.end())
+            own = entry.effects.insert(entry.effects.begin(),
+                                       FlatEffect{Json{{"type", "speed"}, {"values", {1.0}}}, std::nullopt, nullptr});
+        const double speed = own->event["values"][0].get<double>() * entry.speed;
+        if (speed <= 1000) {
+            own->event["values"][0] = speed;
+            return;
+        }
+        notes_.change(entry.node, Change::dropped, "a speed of " + std::to_string(speed) + " through its nests' time warps",
+                      "left out: the writer takes forward speeds up to 1000 only");
+        entry.effects.erase(own);
     }
 
     static Json event(const char* type, int64_t length) {
@@ -322,65 +281,84 @@ private:
         return event;
     }
 
-    Json events(std::vector<Entry>& entries, bool video) {
-        Json events = Json::array();
-        for (Entry& entry : entries) {
-            if (entry.kind == Entry::Kind::transition) {
-                events.push_back(event("transition", entry.in + entry.out));
-                events.back()["cutPoint"] = entry.in;
-            } else if (entry.kind == Entry::Kind::gap) {
-                if (entry.duration > 0) events.push_back(event("filler", entry.duration));
-            } else {
-                events.push_back(clipEvent(entry, video));
-                for (size_t e = 0; e < entry.effects.size(); ++e) {
-                    Json& effect = entry.effects[e];
-                    if (effect.contains("covers") && effect["covers"].get<double>() != double(entry.duration))
-                        entry.node["effects"].at(e).refuse("covers " + effect["covers"].dump() +
-                                                           " edit units, more than this clip: the writer's effects cover one clip");
-                    effect.erase("covers");
-                    effect["length"] = entry.duration;
-                    events.push_back(std::move(effect));
-                }
-            }
+    // Each distinct media reference is registered once; the event holds its source start
+    // until every use is known and the clip's start with it.
+    Json clipEvent(const FlatEntry& entry, int64_t start, int64_t length, bool video) {
+        const int64_t mediaStart = std::llround(entry.media.start);
+        auto found = clipByMedia_.try_emplace({entry.media.path, entry.media.name}, uses_.size());
+        if (found.second) {
+            ClipUse& use = uses_.emplace_back();
+            use.name = entry.media.name;
+            use.path = entry.media.path;
+            use.mediaStart = use.first = mediaStart;
+            use.end = mediaStart + std::llround(entry.media.length);
         }
-        return events;
-    }
-
-    // Each distinct media reference is registered once, with one track per kind of track it
-    // is used on; its length covers every use.
-    Json clipEvent(const Entry& entry, bool video) {
-        const int64_t inPoint = entry.start - entry.media.start;
-        if (inPoint < 0)
-            entry.node["source_range"].refuse("starts before its media's available range (or its Transition's overlap does)");
-        auto found = clipByMedia_.try_emplace({entry.media.path, entry.media.name}, clips_.size());
-        if (found.second)
-            clips_.push_back({{"name", entry.media.name},
-                              {"path", entry.media.path},
-                              {"length", entry.media.length},
-                              {"rate", {rate_.numerator, rate_.denominator}},
-                              {"startTimecode", entry.media.start},
-                              {"tracks", Json::array()}});
-        Json& clip = clips_[found.first->second];
-        clip["length"] = std::max(clip["length"].get<int64_t>(), inPoint + entry.duration);
-        Json& tracks = clip["tracks"];
-        size_t track = 0;
-        while (track < tracks.size() && tracks[track]["kind"] != kindName(video)) ++track;
-        if (track == tracks.size())
-            tracks.push_back({{"kind", kindName(video)}, {"editRate", {rate_.numerator, rate_.denominator}}});
-        Json event = Import::event("clip", entry.duration);
+        ClipUse& use = uses_[found.first->second];
+        if (start < use.mediaStart && start < use.first)
+            notes_.change(entry.node, Change::changed,
+                          "starts before its media's available range (or its Transition's overlap does)",
+                          "the media's range taken to start " + std::to_string(use.mediaStart - start) + " edit units earlier");
+        use.first = std::min(use.first, start);
+        use.end = std::max(use.end, start + std::max(length, int64_t(std::ceil(double(length) * entry.speed))));
+        const std::string kind = kindName(video);
+        auto track = std::find(use.kinds.begin(), use.kinds.end(), kind);
+        if (track == use.kinds.end()) track = use.kinds.insert(use.kinds.end(), kind);
+        Json event = Import::event("clip", length);
         event["clip"] = uint32_t(found.first->second + 1);
-        event["track"] = uint32_t(track + 1);
-        event["inPoint"] = inPoint;
+        event["track"] = uint32_t(track - use.kinds.begin() + 1);
+        event["inPoint"] = start;
         return event;
     }
 
+    // The clips as registered, and every clip event's in-point counted from its clip's start.
+    Json clips() {
+        Json clips = Json::array();
+        for (const ClipUse& use : uses_) {
+            Json tracks = Json::array();
+            for (const std::string& kind : use.kinds)
+                tracks.push_back({{"kind", kind}, {"editRate", {rate_.numerator, rate_.denominator}}, {"length", use.end - use.first}});
+            clips.push_back({{"name", use.name},
+                             {"path", use.path},
+                             {"length", use.end - use.first},
+                             {"rate", {rate_.numerator, rate_.denominator}},
+                             {"startTimecode", use.first},
+                             {"tracks", std::move(tracks)}});
+        }
+        for (Json& track : tracks_)
+            for (Json& event : track["events"])
+                if (event["type"] == "clip")
+                    event["inPoint"] = event["inPoint"].get<int64_t>() - uses_[event["clip"].get<size_t>() - 1].first;
+        return clips;
+    }
+
     OtioNode timeline_;
+    OtioNotes& notes_;
     OtioRate rate_;
-    std::vector<Json> clips_;
+    OtioItemReader reader_;
+    std::vector<ClipUse> uses_;
     std::map<std::pair<std::string, std::string>, size_t> clipByMedia_;
     Json tracks_ = Json::array(), markers_ = Json::array();
     int64_t longestTrack_ = 0;
+    size_t written_ = 0;
 };
+
+// Which of a SerializableCollection's children is the Timeline to write.
+size_t chosenTimeline(const OtioNode& collection, const OtioNode& children, const OtioImportOptions& options,
+                      OtioNotes& notes) {
+    std::vector<size_t> timelines;
+    for (size_t i = 0; i < children.size(); ++i)
+        if (children.at(i).schema() == "Timeline") timelines.push_back(i);
+    if (timelines.empty()) collection.refuse("a SerializableCollection with no Timeline");
+    const size_t chosen = options.timeline ? options.timeline : 1;
+    if (chosen > timelines.size())
+        collection.refuse("--timeline " + std::to_string(chosen) + ": the collection holds " +
+                          std::to_string(timelines.size()) + " Timelines");
+    if (timelines.size() > 1 && !options.timeline)
+        notes.change(collection, Change::changed,
+                     "a SerializableCollection of " + std::to_string(timelines.size()) + " Timelines",
+                     "the first written; --timeline N picks another");
+    return timelines[chosen - 1];
+}
 
 }  // namespace
 
@@ -392,8 +370,13 @@ bool hasOtioExtension(const std::string& path) {
 
 bool isOtioDocument(const Json& document) { return document.is_object() && document.contains("OTIO_SCHEMA"); }
 
-Json descriptionFromOtio(const FlatJson& document) {
-    const OtioNode timeline(document, document.root());
-    if (timeline.schema() != "Timeline") timeline.refuse(timeline.schema() + " is not supported: expected a Timeline");
-    return Import(timeline).description();
+Json descriptionFromOtio(const FlatJson& document, const OtioImportOptions& options, OtioNotes& notes) {
+    const OtioNode root(document, document.root());
+    if (root.schema() == "Timeline") {
+        if (options.timeline > 1) root.refuse("--timeline " + std::to_string(options.timeline) + ": the document is one Timeline");
+        return Import(root, notes).description();
+    }
+    if (root.schema() != "SerializableCollection") root.refuse(root.schema() + " is not supported: expected a Timeline");
+    const OtioNode children = root["children"];
+    return Import(children.at(chosenTimeline(root, children, options, notes)), notes).description();
 }

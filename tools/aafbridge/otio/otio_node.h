@@ -4,7 +4,9 @@
 // a missing member or a value of the wrong kind is refused, never read. A node refers to its
 // document, its parent and its key, so all three must outlive it; the path is put together
 // only for a refusal, as building it on every step cost more than the rest of the reading.
+// A node kept beyond its parent's life is detached first: it holds its path itself.
 #include <cmath>
+#include <memory>
 #include <string>
 #include <utility>
 
@@ -19,10 +21,17 @@ public:
     FlatJson::Index index() const { return value_; }
 
     std::string path() const {
-        if (!parent_) return "";
+        if (!parent_) return detachedPath_ ? *detachedPath_ : "";
         const std::string above = parent_->path();
         if (!key_) return above + "[" + std::to_string(position_) + "]";
         return above.empty() ? key_ : above + "." + key_;
+    }
+
+    // The same value, independent of its parent's life.
+    OtioNode detached() const {
+        OtioNode node(document_, value_);
+        node.detachedPath_ = std::make_shared<const std::string>(path());
+        return node;
     }
 
     [[noreturn]] void refuse(const std::string& why) const {
@@ -115,4 +124,5 @@ private:
     const OtioNode* parent_ = nullptr;
     const char* key_ = nullptr;  // null for an array element
     size_t position_ = 0;
+    std::shared_ptr<const std::string> detachedPath_;  // of a detached node
 };
