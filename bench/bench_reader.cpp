@@ -12,6 +12,7 @@
 
 #include "BenchSamples.h"
 #include "ChildProcess.h"
+#include "QuietStderr.h"
 #include "aafbridge/aaf_reader.h"
 
 namespace {
@@ -21,25 +22,6 @@ std::vector<std::wstring> samples() {
     for (const std::string& f : benchSamples()) wide.emplace_back(f.begin(), f.end());
     return wide;
 }
-
-// A few samples make the reader print its error line; keep that out of the report.
-class QuietStderr {
-public:
-    QuietStderr() : saved_(dup(STDERR_FILENO)) {
-        std::fflush(stderr);
-        int null = open("/dev/null", O_WRONLY);
-        dup2(null, STDERR_FILENO);
-        close(null);
-    }
-    ~QuietStderr() {
-        std::fflush(stderr);
-        dup2(saved_, STDERR_FILENO);
-        close(saved_);
-    }
-
-private:
-    int saved_;
-};
 
 void ReadAllSamples(benchmark::State& state) {
     const std::vector<std::wstring> files = samples();

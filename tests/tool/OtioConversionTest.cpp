@@ -66,7 +66,7 @@ std::vector<Change> changes() {
          item + ": Track inside a Track is not supported", item + ": Track inside a Track is not supported: flattened"},
         {"a time off the edit rate", timeline({track("Video", {a, clip("B", 0, 1001, 48000)})}),
          item + ".source_range.duration: 1001.0 at 48000.0 is not a whole number",
-         item + ": times off the composition's edit units: rounded to the nearest, the largest cut by +0.479"},
+         item + ": times off the composition's edit units: rounded to the nearest, the largest cut by +0.4786 edit units (+19.146 ms)"},
         {"an effect without a name", timeline({track("Video", {withEffect(a, effect("", {1.0}))})}),
          first + ".effects[0].effect_name: \"\" is not supported", first + ".effects[0].effect_name: \"\" is not supported"},
         {"an effect the writer has not", timeline({track("Video", {withEffect(a, effect("Blur", {1.0}))})}),

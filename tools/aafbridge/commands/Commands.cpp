@@ -19,7 +19,8 @@ const std::vector<Command>& commands() {
          {"INPUT", "OUTPUT.aaf"},
          {{"--strict", nullptr, "refuse an OpenTimelineIO timeline that needs changes instead of making them"},
           {"--timeline", "N", "of a SerializableCollection, the Nth Timeline (from 1) instead of the first"}},
-         "build a file from a JSON description or an OpenTimelineIO timeline; changes made are named on standard error",
+         "build a file from a JSON description or an OpenTimelineIO timeline; each change a timeline needed is named on "
+         "standard error, and the file written all the same (exit 0)",
          runWrite},
         {"otio",
          {"FILE.aaf"},

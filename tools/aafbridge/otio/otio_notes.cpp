@@ -36,7 +36,7 @@ void OtioNotes::rounded(const OtioNode& item, double error, double rate) {
         largestErrorSeconds_ = seconds;
     }
     change(item, Change::rounded, "times off the composition's edit units",
-           "rounded to the nearest, the largest cut by " + fixed(error, 3) + " edit units (" +
+           "rounded to the nearest, the largest cut by " + fixed(error, 4) + " edit units (" +
                fixed(seconds * 1000, 3) + " ms)");
 }
 
@@ -44,7 +44,7 @@ std::string OtioNotes::summary() const {
     std::string text = std::to_string(written_) + " items written; " + std::to_string(flattened_) + " nests flattened, " +
                        std::to_string(rounded_) + " items rounded";
     if (rounded_)
-        text += " (largest error " + fixed(largestError_, 3) + " edit units, " + fixed(largestErrorSeconds_ * 1000, 3) +
+        text += " (largest error " + fixed(largestError_, 4) + " edit units, " + fixed(largestErrorSeconds_ * 1000, 3) +
                 " ms)";
     return text + ", " + std::to_string(dropped_) + " dropped, " + std::to_string(changed_) + " otherwise changed";
 }
