@@ -42,6 +42,14 @@ aafMobID_t decodeMobId(const uint8_t in[32]) {
     return id;
 }
 
+std::string hexText(const uint8_t* bytes, size_t size) {
+    static const char kDigits[] = "0123456789abcdef";
+    std::string text;
+    text.reserve(2 * size);
+    for (size_t i = 0; i < size; ++i) text += {kDigits[bytes[i] >> 4], kDigits[bytes[i] & 15]};
+    return text;
+}
+
 std::string auidToText(const aafUID_t& id) {
     char text[40];
     std::snprintf(text, sizeof text, "%08x-%04x-%04x-%02x%02x-%02x%02x%02x%02x%02x%02x",
@@ -54,10 +62,7 @@ std::string auidToText(const aafUID_t& id) {
 std::string mobIdToText(const aafMobID_t& id) {
     uint8_t bytes[32];
     encodeMobId(id, bytes);
-    static const char kDigits[] = "0123456789abcdef";
-    std::string text;
-    for (int i = 0; i < 16; ++i) text += {kDigits[bytes[i] >> 4], kDigits[bytes[i] & 15]};
-    return text + "-" + auidToText(decodeAuid(bytes + 16));
+    return hexText(bytes, 16) + "-" + auidToText(decodeAuid(bytes + 16));
 }
 
 }  // namespace aafkit

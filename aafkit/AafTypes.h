@@ -64,6 +64,8 @@ aafUID_t decodeAuid(const uint8_t in[16]);
 void encodeMobId(const aafMobID_t& id, uint8_t out[32]);
 aafMobID_t decodeMobId(const uint8_t in[32]);
 
+// Bytes as lower-case hex digits, two a byte.
+std::string hexText(const uint8_t* bytes, size_t size);
 // "0d010101-0101-0100-060e-2b3402060101"
 std::string auidToText(const aafUID_t& id);
 // A MobID as "<label, length and instance in hex>-<material AUID>".

@@ -1,6 +1,5 @@
 #include "ObjectText.h"
 
-#include <cstdio>
 
 #include "aafkit/File.h"
 #include "aafkit/meta/Ids.h"
@@ -56,16 +55,6 @@ int64_t signedLittleEndian(const std::vector<uint8_t>& bytes) {
     return unused ? int64_t(value << unused) >> unused : int64_t(value);
 }
 
-std::string hexText(const std::vector<uint8_t>& bytes) {
-    std::string out;
-    char digits[3];
-    for (uint8_t byte : bytes) {
-        std::snprintf(digits, sizeof digits, "%02x", byte);
-        out += digits;
-    }
-    return out;
-}
-
 }  // namespace
 
 std::string indirectText(const Object& o, uint16_t pid) {
@@ -85,7 +74,7 @@ std::string indirectText(const Object& o, uint16_t pid) {
         return type->isSigned ? std::to_string(signedLittleEndian(value))
                               : std::to_string(uint64_t(signedLittleEndian(value)) &
                                                (value.size() == 8 ? ~0ull : (1ull << (8 * value.size())) - 1));
-    return hexText(value);
+    return aafkit::hexText(value.data(), value.size());
 }
 
 std::string classNameOf(const Object& o) {

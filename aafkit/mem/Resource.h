@@ -1,7 +1,8 @@
 #pragma once
 // Where a table, an object store or an arena gets its memory, and the allocator that hands a
-// standard container to it. The library's own small interface rather than std::pmr, which
-// Apple's libc++ offers only from macOS 14: hosts that support older systems build it too.
+// standard container to it. The library's own small interface rather than the standard's
+// polymorphic memory resources, which Apple's libc++ offers only from macOS 14: hosts that
+// support older systems build it too.
 #include <cstddef>
 #include <deque>
 #include <string>

@@ -1,7 +1,6 @@
 #include "ObjectTree.h"
 
 #include <algorithm>
-#include <cstdio>
 #include <map>
 #include <set>
 #include <sstream>
@@ -24,16 +23,6 @@ const uint8_t kGeneratedTail[8] = {0x06, 0x0e, 0x2b, 0x34, 0x7f, 0x7f, 0x2a, 0x8
 bool isGeneratedMobId(const std::vector<uint8_t>& bytes) {
     return bytes.size() == 32 && std::equal(kGeneratedLabel, kGeneratedLabel + 16, bytes.begin()) &&
            std::equal(kGeneratedTail, kGeneratedTail + 8, bytes.begin() + 24);
-}
-
-std::string hex(const std::vector<uint8_t>& bytes) {
-    std::string out;
-    char two[3];
-    for (uint8_t b : bytes) {
-        std::snprintf(two, sizeof two, "%02x", b);
-        out += two;
-    }
-    return out;
 }
 
 bool skipped(uint16_t pid) {
@@ -115,7 +104,7 @@ private:
         std::string path;
         if (reference.pathId < file_.paths().size())
             for (uint16_t pid : file_.paths()[reference.pathId]) path += std::to_string(pid) + "/";
-        return path + hex(reference.key);
+        return path + aafkit::hexText(reference.key.data(), reference.key.size());
     }
 
     std::string data(const Property& p) const {
@@ -124,7 +113,7 @@ private:
             auto target = labels_.find(p.data);
             return "-> " + (target == labels_.end() ? std::string("missing mob") : target->second);
         }
-        return hex(p.data);
+        return aafkit::hexText(p.data.data(), p.data.size());
     }
 
     std::string property(const Property& p, const std::string& indent) {

@@ -10,16 +10,6 @@ using aafkit::meta::TypeKind;
 
 namespace {
 
-std::string hexBytes(const uint8_t* p, size_t n) {
-    std::string out;
-    char two[3];
-    for (size_t i = 0; i < n; ++i) {
-        std::snprintf(two, sizeof two, "%02x", p[i]);
-        out += two;
-    }
-    return out;
-}
-
 int64_t integerAt(const uint8_t* p, size_t size, bool isSigned) {
     uint64_t v = 0;
     for (size_t i = 0; i < size; ++i) v |= uint64_t(p[i]) << (8 * i);
@@ -57,7 +47,7 @@ std::string recordText(const aafkit::File& file, const TypeDef& type, const std:
     if (data.size() == 16 && type.name == "AUID") return auidText(data.data());
     if (data.size() == 32 && type.name == "MobIDType")
         return aafkit::mobIdToText(aafkit::decodeMobId(data.data()));
-    if (fixedSize(file, &type) != data.size()) return hexBytes(data.data(), data.size());
+    if (fixedSize(file, &type) != data.size()) return aafkit::hexText(data.data(), data.size());
     std::string out;
     size_t offset = 0;
     for (const auto& member : type.members) {
@@ -74,7 +64,7 @@ std::string recordText(const aafkit::File& file, const TypeDef& type, const std:
 
 std::string dataText(const aafkit::File& file, const TypeDef* type, const std::vector<uint8_t>& data) {
     type = resolved(file, type);
-    if (!type) return hexBytes(data.data(), data.size());
+    if (!type) return aafkit::hexText(data.data(), data.size());
     switch (type->kind) {
     case TypeKind::Integer:
         if (data.size() == type->size) return std::to_string(integerAt(data.data(), type->size, type->isSigned));
@@ -109,7 +99,7 @@ std::string dataText(const aafkit::File& file, const TypeDef* type, const std::v
     default:
         break;
     }
-    return hexBytes(data.data(), data.size());
+    return aafkit::hexText(data.data(), data.size());
 }
 
 }  // namespace
@@ -134,7 +124,7 @@ std::string valueText(const aafkit::File& file, const aafkit::Property& property
             const aafkit::Object* target = file.resolve(r);
             out += (out.empty() ? "" : ", ") + std::string("-> ") +
                    (target ? className(*target) : std::string("unresolved")) + " " +
-                   (r.key.size() == 16 ? auidText(r.key.data()) : hexBytes(r.key.data(), r.key.size()));
+                   (r.key.size() == 16 ? auidText(r.key.data()) : aafkit::hexText(r.key.data(), r.key.size()));
         }
         return out;
     }
