@@ -171,6 +171,28 @@ TEST_F(OtioWrite, TrimmedTracksAndDisabledItemsKeepEverythingElseInPlace) {
     EXPECT_EQ(cuts(view["tracks"][1]), (std::vector<Cut>{{"A", 30, 20}, {"filler", 30, 0}, {"C", 20, 0}}));
 }
 
+TEST_F(OtioWrite, NestsTooDeepOrTooSlowAndMarkersOutsideATrimAreNamed) {
+    Json deep = clip("A", 0, 10, 25);
+    for (int level = 0; level < 70; ++level) deep = nest("Track", {deep});
+    expectRefused(timeline({track("Video", {deep})}), "nested more than 64 deep");
+    const testsupport::ToolRun slow =
+        write(timeline({track("Video", {nest("Track", {clip("A", 0, 10, 25)}, Items{warp(1e-300)})})}).dump());
+    ASSERT_EQ(slow.exitCode, 0) << slow.output;
+    EXPECT_NE(slow.output.find("effects[0].time_scalar: a nest plays at forward speeds from 0.001 to 1000 only: left out"),
+              std::string::npos)
+        << slow.output;
+    Json trimmed = track("Video", {clip("A", 0, 50, 25)});
+    trimmed["source_range"] = range(10, 20, 25);
+    trimmed["markers"] = Items{marker("inside", 15, 25), marker("outside", 40, 25)};
+    const testsupport::ToolRun markers = write(timeline({trimmed}).dump());
+    ASSERT_EQ(markers.exitCode, 0) << markers.output;
+    EXPECT_NE(markers.output.find("tracks.children[0].source_range: 1 markers outside the trim: left out"), std::string::npos)
+        << markers.output;
+    const Json view = otiotest::hostView(output);
+    ASSERT_EQ(view["markers"].size(), 1u);
+    EXPECT_EQ(view["markers"][0]["position"], 5);
+}
+
 // Three hours at 23.976 with sound cut every 100,000 samples at 48000 Hz, 49.95 frames: rounding
 // each length would drift by a frame every 20 cuts, rounding the cuts never by half a frame.
 TEST_F(OtioWrite, TimesOffTheEditRateAreRoundedAtTheirCutsWithoutDrift) {

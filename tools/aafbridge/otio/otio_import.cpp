@@ -155,11 +155,10 @@ private:
 
     FlatItems trimmed(const OtioNode& track, const FlatItems& items) {
         const OtioNode range = track["source_range"];
-        const double from = reader_.units(range["start_time"]), length = reader_.length(range["duration"]);
         notes_.change(range, Change::changed, "a trimmed Track is not supported",
-                      "the trim applied: " + std::to_string(std::llround(length)) + " edit units from " +
-                          std::to_string(std::llround(from)));
-        return cropFlatItems(items, from, from + length, track);
+                      "the trim applied: " + std::to_string(std::llround(reader_.length(range["duration"]))) +
+                          " edit units from " + std::to_string(std::llround(reader_.units(range["start_time"]))));
+        return reader_.trimmed(items, range, track);
     }
 
     // The writer fills a transition's open side itself: a filler of the transition's length
@@ -241,8 +240,8 @@ private:
     void addClip(FlatEntry& entry, int64_t length, bool video, RoundingNotes& rounding, Json& events) {
         const int64_t start = std::llround(entry.start);
         rounding.add(entry.node, {double(start) - entry.start, std::round(entry.media.start) - entry.media.start});
-        events.push_back(clipEvent(entry, start, length, video));
-        addSpeed(entry);
+        const double speed = addSpeed(entry);
+        events.push_back(clipEvent(entry, start, length, speed, video));
         for (FlatEffect& effect : entry.effects) {
             if (effect.covers && std::fabs(*effect.covers - double(length)) > 1e-6) {
                 notes_.change(*effect.node, Change::dropped,
@@ -256,22 +255,24 @@ private:
         }
     }
 
-    // Time warps of the nests around a clip, as its speed.
-    void addSpeed(FlatEntry& entry) const {
-        if (std::fabs(entry.speed - 1) < 1e-9) return;
+    // Time warps of the nests around a clip, as its speed: the speed it plays at.
+    double addSpeed(FlatEntry& entry) const {
         auto own = std::find_if(entry.effects.begin(), entry.effects.end(),
                                 [](const FlatEffect& e) { return e.event["type"] == "speed"; });
+        const double clipSpeed = own == entry.effects.end() ? 1.0 : own->event["values"][0].get<double>();
+        if (std::fabs(entry.speed - 1) < 1e-9) return clipSpeed;
+        const double speed = clipSpeed * entry.speed;
+        if (speed > 1000) {
+            notes_.change(entry.node, Change::dropped,
+                          "a speed of " + std::to_string(speed) + " through its nests' time warps",
+                          "the nests' time warps left out: the writer takes forward speeds up to 1000 only");
+            return clipSpeed;
+        }
         if (own == entry.effects.end())
             own = entry.effects.insert(entry.effects.begin(),
                                        FlatEffect{Json{{"type", "speed"}, {"values", {1.0}}}, std::nullopt, nullptr});
-        const double speed = own->event["values"][0].get<double>() * entry.speed;
-        if (speed <= 1000) {
-            own->event["values"][0] = speed;
-            return;
-        }
-        notes_.change(entry.node, Change::dropped, "a speed of " + std::to_string(speed) + " through its nests' time warps",
-                      "left out: the writer takes forward speeds up to 1000 only");
-        entry.effects.erase(own);
+        own->event["values"][0] = speed;
+        return speed;
     }
 
     static Json event(const char* type, int64_t length) {
@@ -283,7 +284,7 @@ private:
 
     // Each distinct media reference is registered once; the event holds its source start
     // until every use is known and the clip's start with it.
-    Json clipEvent(const FlatEntry& entry, int64_t start, int64_t length, bool video) {
+    Json clipEvent(const FlatEntry& entry, int64_t start, int64_t length, double speed, bool video) {
         const int64_t mediaStart = std::llround(entry.media.start);
         auto found = clipByMedia_.try_emplace({entry.media.path, entry.media.name}, uses_.size());
         if (found.second) {
@@ -299,7 +300,7 @@ private:
                           "starts before its media's available range (or its Transition's overlap does)",
                           "the media's range taken to start " + std::to_string(use.mediaStart - start) + " edit units earlier");
         use.first = std::min(use.first, start);
-        use.end = std::max(use.end, start + std::max(length, int64_t(std::ceil(double(length) * entry.speed))));
+        use.end = std::max(use.end, start + std::max(length, int64_t(std::ceil(double(length) * speed))));
         const std::string kind = kindName(video);
         auto track = std::find(use.kinds.begin(), use.kinds.end(), kind);
         if (track == use.kinds.end()) track = use.kinds.insert(use.kinds.end(), kind);

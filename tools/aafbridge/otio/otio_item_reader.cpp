@@ -15,6 +15,8 @@ constexpr double kLongest = 1e12;
 // Nests deeper than this are refused: real timelines nest a few levels, a hostile document
 // would otherwise take the stack.
 constexpr int kMaxNesting = 64;
+// A nest slowed further would outlast any track.
+constexpr double kSlowest = 0.001;
 
 std::string rateText(const OtioRate& rate) {
     return std::to_string(rate.numerator) + "/" + std::to_string(rate.denominator);
@@ -76,7 +78,9 @@ FlatItems OtioItemReader::item(const OtioNode& child, const OtioNode& top, int d
     notes_.change(child["enabled"], Change::changed, "a disabled " + schema, "written as a gap of its length");
     FlatEntry blank(Kind::gap, top);
     blank.duration = shown.length;
-    return single(std::move(blank));
+    FlatItems gap = single(std::move(blank));
+    gap.markers = std::move(shown.markers);
+    return gap;
 }
 
 FlatItems OtioItemReader::nest(const OtioNode& nest, const OtioNode& top, int depth) {
@@ -86,13 +90,18 @@ FlatItems OtioItemReader::nest(const OtioNode& nest, const OtioNode& top, int de
                       "flattened to what it shows, the top-most enabled item at each time");
     FlatItems shown = nest.schema() == "Stack" ? layers(nest, top, depth) : sequence(nest, top, depth);
     addMarkers(nest, 0, shown);
-    if (nest.has("source_range")) {
-        const OtioNode range = nest["source_range"];
-        const double from = units(range["start_time"]);
-        shown = cropFlatItems(shown, from, from + length(range["duration"]), top);
-    }
+    if (nest.has("source_range")) shown = trimmed(shown, nest["source_range"], top);
     applyNestEffects(nest, shown);
+    if (shown.length > kLongest) nest.refuse("longer than the writer can take");
     return shown;
+}
+
+FlatItems OtioItemReader::trimmed(const FlatItems& items, const OtioNode& range, const OtioNode& filler) const {
+    const double from = units(range["start_time"]);
+    FlatItems cropped = cropFlatItems(items, from, from + length(range["duration"]), filler);
+    if (const size_t outside = items.markers.size() - cropped.markers.size())
+        notes_.change(range, Change::dropped, std::to_string(outside) + " markers outside the trim", "left out");
+    return cropped;
 }
 
 FlatItems OtioItemReader::layers(const OtioNode& stack, const OtioNode& top, int depth) {
@@ -242,8 +251,13 @@ void OtioItemReader::applyNestEffects(const OtioNode& nest, FlatItems& shown) co
     const OtioNode effects = nest["effects"];
     for (size_t e = 0; e < effects.size(); ++e) {
         const OtioNode effect = effects.at(e);
-        if (effect.schema() == "LinearTimeWarp" && effect["time_scalar"].number() > 0) {
-            warpFlatItems(shown, effect["time_scalar"].number());
+        if (effect.schema() == "LinearTimeWarp") {
+            const double speed = effect["time_scalar"].number();
+            if (speed >= kSlowest && speed <= 1000)
+                warpFlatItems(shown, speed);
+            else
+                notes_.change(effect["time_scalar"], Change::dropped, "a nest plays at forward speeds from 0.001 to 1000 only",
+                              "left out");
             continue;
         }
         std::optional<FlatEffect> carried = this->effect(effect);

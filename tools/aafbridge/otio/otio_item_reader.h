@@ -27,6 +27,9 @@ public:
     void addMarkers(const OtioNode& owner, double origin, FlatItems& items) const;
     // Effects where the writer has none (a Track, a Gap): left out, each named.
     void dropEffects(const OtioNode& owner, const std::string& where) const;
+    // Cut to a trim (`source_range`), a gap named by `filler` where the trim outlasts the items;
+    // markers outside it are left out, and named.
+    FlatItems trimmed(const FlatItems& items, const OtioNode& range, const OtioNode& filler) const;
 
 private:
     FlatItems item(const OtioNode& child, const OtioNode& top, int depth);
