@@ -34,6 +34,14 @@ const std::vector<Command>& commands() {
         {"extract", {"FILE", "DIR"}, {}, "write the embedded audio into DIR as audio files, with a manifest",
          runExtract},
         {"embed", {"IN", "OUT"}, {}, "copy IN with the WAV and AIFF media its clips link to inside", runEmbed},
+        {"diff",
+         {"OLD", "NEW"},
+         {kJson,
+          {"--tracks", "V1,A1-A8", "compare only these tracks"},
+          {"--tolerance", "FRAMES", "take differences of up to FRAMES edit units as none"}},
+         "what changed between two versions of a cut (AAF or OpenTimelineIO), track by track, with the conform map; "
+         "exit 0 the same, 1 different, 2 trouble",
+         runDiff},
     };
     return table;
 }

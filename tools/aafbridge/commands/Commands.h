@@ -15,5 +15,6 @@ int runOtio(const Invocation& invocation);
 int runMedia(const Invocation& invocation);
 int runExtract(const Invocation& invocation);
 int runEmbed(const Invocation& invocation);
+int runDiff(const Invocation& invocation);
 
 const std::vector<Command>& commands();

@@ -1,0 +1,117 @@
+// The diff on cuts read from the shared samples and edited in memory: known edits found on
+// real material, rates compared in time, and tracks that cannot be compared refused.
+#include <gtest/gtest.h>
+
+#include "DiffHarness.h"
+
+using namespace diffharness;
+
+namespace {
+
+std::vector<cutdiff::Cut> sampleCuts() {
+    std::vector<cutdiff::Cut> cuts;
+    for (const std::string& path : testsupport::sampleFiles()) {
+        std::unique_ptr<aafkit::File> file;
+        composition::Composition read;
+        std::string why;
+        if (aafkit::File::openExistingRead(path, file) == 0 && composition::readComposition(*file, read, why))
+            cuts.push_back(cutdiff::cutFromComposition(read));
+    }
+    return cuts;
+}
+
+int64_t recordLength(const cutdiff::CutTrack& track) {
+    int64_t length = 0;
+    for (const cutdiff::CutEvent& event : track.events) length += event.recordLength();
+    return length;
+}
+
+int64_t conformLength(const cutdiff::CutDiff& diff, const std::string& track) {
+    int64_t length = 0;
+    for (const cutdiff::ConformRange& range : diff.conform)
+        if (range.fromTrack == track) length += range.oldOut - range.oldIn;
+    return length;
+}
+
+// Every sample against itself: nothing changed, and the conform map carries every frame over.
+TEST(SampleCuts, EachAgainstItselfHasNoChangesAndConformsWhole) {
+    const std::vector<cutdiff::Cut> cuts = sampleCuts();
+    if (cuts.empty()) GTEST_SKIP() << "no samples";
+    for (const cutdiff::Cut& cut : cuts) {
+        SCOPED_TRACE(cut.name);
+        cutdiff::Cut before = cut, after = cut;
+        const cutdiff::CutDiff diff = diffOf(before, after);
+        EXPECT_TRUE(diff.changes.empty()) << ::testing::PrintToString(changeLines(diff));
+        for (const cutdiff::CutTrack& track : cut.tracks) EXPECT_EQ(conformLength(diff, track.label), recordLength(track));
+    }
+}
+
+// Whether an event's material shows elsewhere on its track: lifting one of two identical uses
+// out can as well be read as lifting the other.
+bool usedTwice(const std::vector<cutdiff::CutEvent>& events, size_t index) {
+    return std::any_of(events.begin(), events.end(), [&](const cutdiff::CutEvent& other) {
+        return &other != &events[index] && other.sourceKey == events[index].sourceKey &&
+               std::min(other.sourceOut, events[index].sourceOut) > std::max(other.sourceIn, events[index].sourceIn);
+    });
+}
+
+// On each sample's busiest track: its second event lifted out and the rest rippled up.
+TEST(SampleCuts, ARippleDeleteOnRealMaterialIsOneDeletionAndTheShifts) {
+    size_t edited = 0;
+    for (cutdiff::Cut& before : sampleCuts()) {
+        auto busiest = std::max_element(before.tracks.begin(), before.tracks.end(), [](const auto& a, const auto& b) {
+            return a.events.size() < b.events.size();
+        });
+        if (busiest == before.tracks.end() || busiest->events.size() < 4 || usedTwice(busiest->events, 1)) continue;
+        SCOPED_TRACE(before.name + " " + busiest->label);
+        cutdiff::Cut after = before;
+        std::vector<cutdiff::CutEvent>& events = after.tracks[size_t(busiest - before.tracks.begin())].events;
+        const int64_t gap = events[1].recordLength();
+        events.erase(events.begin() + 1);
+        for (size_t e = 1; e < events.size(); ++e) events[e].recordIn -= gap, events[e].recordOut -= gap;
+        after.markers.clear();
+        before.markers.clear();
+        const bool sound = busiest->kind == cutdiff::TrackKind::Sound;
+        std::vector<std::string> expected = {busiest->label + " deleted @" + std::to_string(busiest->events[1].recordIn) +
+                                             " 0 +0" + (sound ? " audio only" : "")};
+        for (size_t e = 1; e < events.size(); ++e)
+            expected.push_back(busiest->label + " shifted @" + std::to_string(events[e].recordIn) + " " +
+                               std::to_string(-gap) + " " + std::to_string(-gap));
+        std::vector<std::string> lines = changeLines(diffOf(before, after));
+        std::sort(lines.begin(), lines.end());
+        std::sort(expected.begin(), expected.end());
+        EXPECT_EQ(lines, expected);
+        ++edited;
+    }
+    if (edited == 0) GTEST_SKIP() << "no samples";
+}
+
+// The same cut at twice the rate: the same cut, compared in time.
+TEST(CutModel, CutsAtDifferentRatesAreComparedInTime) {
+    cutdiff::Cut before = written(baseCut(), ".aaf");
+    cutdiff::Cut after = before;
+    for (cutdiff::CutTrack& track : after.tracks) {
+        track.editRate = {50, 1};
+        for (cutdiff::CutEvent& event : track.events)
+            for (int64_t* time : {&event.recordIn, &event.recordOut, &event.sourceIn, &event.sourceOut}) *time *= 2;
+    }
+    for (cutdiff::CutMarker& marker : after.markers) marker.position *= 2;
+    const cutdiff::CutDiff diff = diffOf(before, after);
+    EXPECT_TRUE(diff.comparedInTime);
+    EXPECT_TRUE(diff.changes.empty()) << ::testing::PrintToString(changeLines(diff));
+    after.tracks[0].events[1].recordOut -= 4;
+    after.tracks[0].events[1].sourceOut -= 4;
+    EXPECT_EQ(changeLines(diffOf(before, after)), (std::vector<std::string>{"V1 tail trimmed @50 2 +0"}));
+}
+
+TEST(CutModel, ATrackOfAnotherKindInTheOtherCutIsRefused) {
+    cutdiff::Cut before = written(baseCut(), ".aaf");
+    cutdiff::Cut after = before;
+    after.tracks[1].kind = cutdiff::TrackKind::Picture;
+    cutdiff::CutDiff diff;
+    std::string why;
+    EXPECT_FALSE(cutdiff::diffCuts(before, after, {}, diff, why));
+    EXPECT_EQ(why, "track A1 is sound in the old cut and picture in the new one");
+}
+
+}  // namespace

@@ -1,0 +1,140 @@
+// aafbridge diff OLD NEW [--json] [--tracks V1,A1-A8] [--tolerance FRAMES]: what changed
+// between two versions of a cut, each an AAF file or an OpenTimelineIO timeline. Exit status
+// as diff(1): 0 the same, 1 different, 2 trouble.
+#include <unistd.h>
+
+#include <filesystem>
+#include <fstream>
+#include <iostream>
+#include <regex>
+
+#include "cli/BufferedStdout.h"
+#include "cli/OpenFile.h"
+#include "commands/Commands.h"
+#include "composition/Composition.h"
+#include "description/WriteDescription.h"
+#include "diff/CutDiff.h"
+#include "diff/DiffReport.h"
+
+namespace {
+
+constexpr int kExitTrouble = 2;
+
+int trouble(const Invocation& invocation, const std::string& what) {
+    report(*invocation.command, what);
+    return kExitTrouble;
+}
+
+// A file made for the run and removed after it.
+class TemporaryFile {
+public:
+    TemporaryFile() {
+        std::string pattern = (std::filesystem::temp_directory_path() / "aafbridge-diff-XXXXXX").string();
+        const int descriptor = mkstemp(pattern.data());
+        if (descriptor >= 0) {
+            close(descriptor);
+            path_ = pattern;
+        }
+    }
+    ~TemporaryFile() {
+        if (!path_.empty()) std::filesystem::remove(path_);
+    }
+    TemporaryFile(const TemporaryFile&) = delete;
+    TemporaryFile& operator=(const TemporaryFile&) = delete;
+    const std::string& path() const { return path_; }
+
+private:
+    std::string path_;
+};
+
+// An OpenTimelineIO document (or the tool's own JSON) rather than an AAF file: text opening with '{'.
+bool isJsonText(const std::string& path) {
+    std::ifstream in(path, std::ios::binary);
+    char c = 0;
+    while (in.get(c) && std::isspace(static_cast<unsigned char>(c))) {
+    }
+    return c == '{';
+}
+
+// The cut in `path`: an AAF file read as it is, a timeline written to AAF first, so that both
+// are read the same way. False after reporting why.
+bool readCut(const Invocation& invocation, const std::string& path, cutdiff::Cut& cut) {
+    if (!readableOrReport(invocation, path)) return false;
+    TemporaryFile converted;
+    std::string aaf = path;
+    if (isJsonText(path)) {
+        if (converted.path().empty()) {
+            report(*invocation.command, "cannot make a temporary file: " + systemReason());
+            return false;
+        }
+        std::ifstream in(path);
+        if (writeJsonDescription(invocation.command->name, in, path, converted.path()) != kExitSuccess) return false;
+        aaf = converted.path();
+    }
+    std::unique_ptr<aafkit::File> file = openOrReport(invocation, aaf);
+    if (!file) return false;
+    composition::Composition read;
+    std::string why;
+    if (!composition::readComposition(*file, read, why)) {
+        report(*invocation.command, path + ": " + why);
+        return false;
+    }
+    cut = cutdiff::cutFromComposition(read);
+    return true;
+}
+
+// "V1,A1-A8" as labels; false when it is not such a list.
+bool trackLabels(const std::string& text, std::vector<std::string>& labels) {
+    static const std::regex item("([VA])([0-9]{1,4})(?:-([VA]?)([0-9]{1,4}))?");
+    size_t start = 0;
+    while (start <= text.size()) {
+        const size_t comma = std::min(text.find(',', start), text.size());
+        std::smatch parts;
+        const std::string piece = text.substr(start, comma - start);
+        if (!std::regex_match(piece, parts, item)) return false;
+        const int first = std::stoi(parts[2]), last = parts[4].matched ? std::stoi(parts[4]) : first;
+        if ((parts[3].length() && parts[3] != parts[1]) || last < first) return false;
+        for (int n = first; n <= last; ++n) labels.push_back(parts[1].str() + std::to_string(n));
+        start = comma + 1;
+    }
+    return true;
+}
+
+bool readOptions(const Invocation& invocation, cutdiff::DiffOptions& options, std::string& why) {
+    if (invocation.has("--tracks") && !trackLabels(invocation.options.at("--tracks"), options.tracks)) {
+        why = "--tracks takes track labels and ranges such as V1,A1-A8";
+        return false;
+    }
+    if (invocation.has("--tolerance")) {
+        const std::string& text = invocation.options.at("--tolerance");
+        if (text.empty() || text.size() > 6 || text.find_first_not_of("0123456789") != std::string::npos) {
+            why = "--tolerance takes a number of frames from 0";
+            return false;
+        }
+        options.tolerance = std::stoll(text);
+    }
+    return true;
+}
+
+}  // namespace
+
+int runDiff(const Invocation& invocation) {
+    cutdiff::DiffOptions options;
+    std::string why;
+    if (!readOptions(invocation, options, why)) return trouble(invocation, why);
+    cutdiff::Cut before, after;
+    if (!readCut(invocation, invocation.operand(0), before) || !readCut(invocation, invocation.operand(1), after))
+        return kExitTrouble;
+    cutdiff::shareSourceKeys(before, after);
+    cutdiff::CutDiff diff;
+    if (!cutdiff::diffCuts(before, after, options, diff, why)) return trouble(invocation, why);
+    const cutdiff::DiffInputs inputs{invocation.operand(0), invocation.operand(1), before, after};
+    BufferedStdout buffer;
+    std::ostream out(&buffer);
+    if (invocation.has("--json"))
+        out << cutdiff::diffJson(inputs, diff).dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace) << "\n";
+    else
+        cutdiff::printDiff(inputs, diff, out);
+    if (!out.flush()) return trouble(invocation, "cannot write to standard output: " + systemReason());
+    return diff.changes.empty() ? kExitSuccess : kExitFailure;
+}

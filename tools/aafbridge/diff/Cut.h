@@ -1,0 +1,75 @@
+#pragma once
+// A cut as an editor compares it: per track, the events in record order, each with where its
+// material comes from and what is done to it. Read from the composition as the file holds
+// it, nests and effects flattened, so that two versions of an edit compare event by event.
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "aafkit/AafTypes.h"
+
+namespace composition {
+struct Composition;
+}
+
+namespace cutdiff {
+
+struct CutEvent {
+    int64_t recordIn = 0, recordOut = 0;  // edit units from the track's start
+    // The tape or file source behind the clip (else its master clip) and channel: what an
+    // event is, whatever it is named.
+    std::string sourceKey;
+    // The same source as separately made files know it: its media file, else its name, and channel.
+    std::string sourceMedia;
+    std::string sourceName;               // the master clip's name, as editors know it
+    int64_t sourceIn = 0, sourceOut = 0;  // the source's own timecode, in the track's edit units
+    double speed = 1;                     // the speed effect's ratio, 1 without one
+    std::string levels;      // gain and pan, with key frames, as comparable text ("" none)
+    std::string effects;     // every other effect on the event, the same way
+    std::string transition;  // the transition into the event ("" a cut)
+
+    int64_t recordLength() const { return recordOut - recordIn; }
+    int64_t sourceLength() const { return sourceOut - sourceIn; }
+};
+
+enum class TrackKind { Picture, Sound };
+
+struct CutTrack {
+    std::string label;  // "V1", "A2": what the two cuts' tracks are paired by
+    TrackKind kind = TrackKind::Picture;
+    aafRational_t editRate = {0, 1};
+    std::vector<CutEvent> events;  // in record order, never overlapping
+};
+
+struct CutMarker {
+    std::string track;  // the label of the track it belongs to
+    int64_t position = 0;  // in that track's edit units from its start
+    std::string text;
+    std::string colour;
+};
+
+struct StartTimecode {
+    int64_t frame = 0;
+    uint16_t fps = 0;
+    bool drop = false;
+    aafRational_t editRate = {0, 1};  // of the timecode track: frame counts at it
+};
+
+struct Cut {
+    std::string name;
+    std::optional<StartTimecode> start;
+    std::vector<CutTrack> tracks;  // in the file's order
+    std::vector<CutMarker> markers;
+
+    const CutTrack* find(const std::string& label) const;
+};
+
+Cut cutFromComposition(const composition::Composition& composition);
+
+// Sources both cuts hold under one identifier, for the same media, keep it; the others are
+// known by their media instead: two files made apart (two conversions of timelines, say) give
+// the same tape or file different identifiers.
+void shareSourceKeys(Cut& before, Cut& after);
+
+}  // namespace cutdiff

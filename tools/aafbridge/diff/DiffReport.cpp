@@ -1,0 +1,296 @@
+#include "diff/DiffReport.h"
+
+#include <cmath>
+#include <map>
+#include <tuple>
+
+#include "composition/EditTime.h"
+#include "composition/TimecodeText.h"
+
+using Json = nlohmann::ordered_json;
+
+namespace cutdiff {
+namespace {
+
+// Record and source times of one cut as timecode.
+class Clock {
+public:
+    explicit Clock(const Cut& cut) {
+        if (cut.start && cut.start->fps > 0) {
+            start_ = *cut.start;
+            if (start_.editRate.numerator <= 0) start_.editRate = {start_.fps, 1};
+            return;
+        }
+        uint16_t fps = 25;
+        for (const CutTrack& track : cut.tracks) {
+            const double rate = composition::rateValue(track.editRate);
+            if (rate > 0 && rate <= 120) {
+                fps = uint16_t(std::lround(rate));
+                break;
+            }
+        }
+        start_ = {0, fps, false, {fps, 1}};
+    }
+
+    std::string record(const CutTrack& track, int64_t position) const { return at(track, position, start_.frame); }
+    std::string source(const CutTrack& track, int64_t position) const { return at(track, position, 0); }
+
+private:
+    std::string at(const CutTrack& track, int64_t position, int64_t from) const {
+        return composition::timecodeText(from + composition::convertEditUnits(position, track.editRate, start_.editRate),
+                                         start_.fps, start_.drop);
+    }
+    StartTimecode start_;
+};
+
+// Both cuts with their clocks: what a change's indices and times stand for.
+class Report {
+public:
+    explicit Report(const DiffInputs& inputs) : inputs_(inputs), beforeClock_(inputs.before), afterClock_(inputs.after) {}
+
+    Json changeJson(const Change& change) const {
+        Json json = {{"class", changeKindName(change.kind)}};
+        if (!change.track.empty()) json["track"] = change.track;
+        if (!change.fromTrack.empty()) json["fromTrack"] = change.fromTrack;
+        if (change.before.valid()) json["old"] = eventTimes(change.before, true);
+        if (change.after.valid()) json["new"] = eventTimes(change.after, false);
+        if (change.also.valid()) json["newSecondPiece"] = eventTimes(change.also, false);
+        if (const CutEvent* event = sourceEvent(change))
+            json["source"] = {{"name", event->sourceName},
+                              {"timecodeIn", sourceTimecode(change, event->sourceIn)},
+                              {"timecodeOut", sourceTimecode(change, event->sourceOut)}};
+        if (change.marker != kNone) json["oldMarker"] = markerJson(inputs_.before.markers[change.marker], true);
+        if (change.newMarker != kNone) json["newMarker"] = markerJson(inputs_.after.markers[change.newMarker], false);
+        if (change.kind != ChangeKind::StartTimecodeChanged) {
+            json["shift"] = change.shift;
+            json["amount"] = change.amount;
+        }
+        if (!change.from.empty() || !change.to.empty()) {
+            json["from"] = change.from;
+            json["to"] = change.to;
+        }
+        if (change.audioOnly) json["audioOnly"] = true;
+        return json;
+    }
+
+    // One line: class, old and new record, source and its timecode, shift and amount.
+    std::string changeLine(const Change& change) const {
+        std::string line = changeKindName(change.kind);
+        line.resize(std::max<size_t>(line.size(), 19), ' ');
+        if (change.kind == ChangeKind::StartTimecodeChanged) return line + change.from + " -> " + change.to;
+        line += change.before.valid() ? recordRange(change.before, true) : std::string(23, '-');
+        line += " -> ";
+        line += change.after.valid() ? recordRange(change.after, false) : std::string(23, '-');
+        if (const CutEvent* event = sourceEvent(change))
+            line += "  " + event->sourceName + " " + sourceTimecode(change, event->sourceIn);
+        if (change.marker != kNone || change.newMarker != kNone) line += "  " + markerLine(change);
+        if (change.kind != ChangeKind::Shifted && change.kind != ChangeKind::MarkerAdded &&
+            change.kind != ChangeKind::MarkerRemoved && change.amount)
+            line += "  by " + std::to_string(change.amount);
+        if (change.shift) line += "  shift " + signedText(change.shift);
+        if (!change.from.empty() || !change.to.empty()) line += "  " + orNone(change.from) + " -> " + orNone(change.to);
+        if (change.fromTrack.size()) line += "  from " + change.fromTrack;
+        if (change.audioOnly) line += "  (audio only)";
+        return line;
+    }
+
+    std::string cutLine(const Cut& cut, const std::string& name) const {
+        std::string line = name + ": \"" + cut.name + "\"";
+        if (cut.start) line += " starting " + composition::timecodeText(cut.start->frame, cut.start->fps, cut.start->drop);
+        for (const CutTrack& track : cut.tracks)
+            line += " " + track.label + "@" + std::to_string(track.editRate.numerator) +
+                    (track.editRate.denominator == 1 ? "" : "/" + std::to_string(track.editRate.denominator));
+        return line;
+    }
+
+    std::string recordTimecode(const Change& change) const {
+        if (change.after.valid()) return recordRange(change.after, false).substr(0, 11);
+        if (change.before.valid()) return recordRange(change.before, true).substr(0, 11);
+        const CutTrack* track = inputs_.before.find(change.track);
+        return track ? beforeClock_.record(*track, change.position) : "";
+    }
+
+    // A conform range with the new times in the new cut's own edit units.
+    Json conformJson(const ConformRange& range) const {
+        const CutTrack* from = inputs_.before.find(range.fromTrack);
+        const CutTrack* to = inputs_.after.find(range.track);
+        const auto own = [&](int64_t value) {
+            return from && to ? composition::convertEditUnits(value, from->editRate, to->editRate) : value;
+        };
+        return {{"fromTrack", range.fromTrack}, {"track", range.track},     {"oldIn", range.oldIn},
+                {"oldOut", range.oldOut},       {"newIn", own(range.newIn)}, {"newOut", own(range.newOut)}};
+    }
+
+private:
+    const CutTrack& trackOf(const EventAt& at, bool old) const {
+        return (old ? inputs_.before : inputs_.after).tracks[at.track];
+    }
+    const CutEvent& eventOf(const EventAt& at, bool old) const { return trackOf(at, old).events[at.event]; }
+
+    const CutEvent* sourceEvent(const Change& change) const {
+        if (change.after.valid()) return &eventOf(change.after, false);
+        if (change.before.valid()) return &eventOf(change.before, true);
+        return nullptr;
+    }
+
+    std::string sourceTimecode(const Change& change, int64_t position) const {
+        return change.after.valid() ? afterClock_.source(trackOf(change.after, false), position)
+                                    : beforeClock_.source(trackOf(change.before, true), position);
+    }
+
+    Json eventTimes(const EventAt& at, bool old) const {
+        const CutTrack& track = trackOf(at, old);
+        const CutEvent& event = track.events[at.event];
+        const Clock& clock = old ? beforeClock_ : afterClock_;
+        return {{"recordIn", event.recordIn},
+                {"recordOut", event.recordOut},
+                {"timecodeIn", clock.record(track, event.recordIn)},
+                {"timecodeOut", clock.record(track, event.recordOut)}};
+    }
+
+    std::string recordRange(const EventAt& at, bool old) const {
+        const Json times = eventTimes(at, old);
+        return times["timecodeIn"].get<std::string>() + "-" + times["timecodeOut"].get<std::string>();
+    }
+
+    Json markerJson(const CutMarker& marker, bool old) const {
+        const CutTrack* track = (old ? inputs_.before : inputs_.after).find(marker.track);
+        Json json = {{"text", marker.text}, {"track", marker.track}, {"position", marker.position}};
+        if (track) json["timecode"] = (old ? beforeClock_ : afterClock_).record(*track, marker.position);
+        if (!marker.colour.empty()) json["colour"] = marker.colour;
+        return json;
+    }
+
+    std::string markerLine(const Change& change) const {
+        const Json json = change.newMarker != kNone ? markerJson(inputs_.after.markers[change.newMarker], false)
+                                                    : markerJson(inputs_.before.markers[change.marker], true);
+        return "\"" + json["text"].get<std::string>() + "\" at " + json.value("timecode", std::string());
+    }
+
+    static std::string signedText(int64_t value) { return (value > 0 ? "+" : "") + std::to_string(value); }
+    static std::string orNone(const std::string& text) { return text.empty() ? "none" : text; }
+
+    const DiffInputs& inputs_;
+    Clock beforeClock_, afterClock_;
+};
+
+// Runs of events only rippled by the same amount, said once.
+template <typename Line>
+void printCollapsed(const std::vector<const Change*>& changes, const Report& report, std::ostream& out, Line line) {
+    for (size_t i = 0; i < changes.size();) {
+        size_t end = i + 1;
+        if (changes[i]->kind == ChangeKind::Shifted)
+            while (end < changes.size() && changes[end]->kind == ChangeKind::Shifted &&
+                   changes[end]->shift == changes[i]->shift && changes[end]->track == changes[i]->track)
+                ++end;
+        if (end - i > 2) {
+            out << "  shifted " << end - i << " events from " << report.recordTimecode(*changes[i]) << " to "
+                << report.recordTimecode(*changes[end - 1]) << "  shift " << changes[i]->shift << "\n";
+        } else {
+            for (size_t k = i; k < end; ++k) out << "  " << line(*changes[k]) << "\n";
+        }
+        i = end;
+    }
+}
+
+// The same edit at the same place on several tracks, as one: class, place, amount and the tracks.
+struct WholeCutEdit {
+    const Change* first;
+    std::vector<std::string> tracks;
+};
+
+std::vector<WholeCutEdit> wholeCut(const CutDiff& diff) {
+    std::vector<WholeCutEdit> edits;
+    std::map<std::tuple<int, int64_t, int64_t, int64_t, std::string, std::string>, size_t> seen;
+    for (const Change& change : diff.changes) {
+        const auto key = std::make_tuple(int(change.kind), change.position, change.amount, change.shift, change.from,
+                                         change.to);
+        const auto [found, added] = seen.emplace(key, edits.size());
+        if (added) edits.push_back({&change, {}});
+        if (!change.track.empty()) edits[found->second].tracks.push_back(change.track);
+    }
+    std::stable_sort(edits.begin(), edits.end(),
+                     [](const WholeCutEdit& a, const WholeCutEdit& b) { return a.first->position < b.first->position; });
+    return edits;
+}
+
+std::string joined(const std::vector<std::string>& items) {
+    std::string text;
+    for (const std::string& item : items) text += (text.empty() ? "" : " ") + item;
+    return text;
+}
+
+std::map<std::string, size_t> counts(const CutDiff& diff) {
+    std::map<std::string, size_t> counted;
+    for (const Change& change : diff.changes) ++counted[changeKindName(change.kind)];
+    return counted;
+}
+
+}  // namespace
+
+void printDiff(const DiffInputs& inputs, const CutDiff& diff, std::ostream& out) {
+    const Report report(inputs);
+    out << report.cutLine(inputs.before, "old " + inputs.beforeName) << "\n"
+        << report.cutLine(inputs.after, "new " + inputs.afterName) << "\n";
+    if (diff.comparedInTime) out << "the cuts' edit rates differ: compared in time, amounts in the old cut's units\n";
+    if (diff.changes.empty()) {
+        out << "no changes\n";
+        return;
+    }
+    std::vector<const Change*> cutWide;
+    for (const Change& change : diff.changes)
+        if (change.track.empty()) cutWide.push_back(&change);
+    if (!cutWide.empty()) printCollapsed(cutWide, report, out << "\ncut\n", [&](const Change& c) { return report.changeLine(c); });
+    for (const std::string& track : diff.tracks) {
+        std::vector<const Change*> onTrack;
+        for (const Change& change : diff.changes)
+            if (change.track == track) onTrack.push_back(&change);
+        out << "\n" << track << ": " << (onTrack.empty() ? "no changes" : std::to_string(onTrack.size()) + " changes") << "\n";
+        printCollapsed(onTrack, report, out, [&](const Change& c) { return report.changeLine(c); });
+    }
+    out << "\nwhole cut\n";
+    std::vector<const Change*> edits;
+    std::map<const Change*, std::string> tracksOf;
+    for (const WholeCutEdit& edit : wholeCut(diff)) {
+        edits.push_back(edit.first);
+        tracksOf[edit.first] = joined(edit.tracks);
+    }
+    printCollapsed(edits, report, out, [&](const Change& c) {
+        return (tracksOf[&c].empty() ? "" : tracksOf[&c] + "  ") + report.changeLine(c);
+    });
+    out << "\n" << diff.changes.size() << " changes:";
+    for (const auto& [name, count] : counts(diff)) out << " " << count << " " << name << ";";
+    out << "\n";
+}
+
+Json diffJson(const DiffInputs& inputs, const CutDiff& diff) {
+    const Report report(inputs);
+    Json json = {{"aafbridgeDiff", 1},
+                 {"old", {{"file", inputs.beforeName}, {"name", inputs.before.name}}},
+                 {"new", {{"file", inputs.afterName}, {"name", inputs.after.name}}},
+                 {"comparedInTime", diff.comparedInTime},
+                 {"identical", diff.changes.empty()}};
+    Json tracks = Json::array();
+    for (const std::string& track : diff.tracks) {
+        Json changes = Json::array();
+        for (const Change& change : diff.changes)
+            if (change.track == track) changes.push_back(report.changeJson(change));
+        tracks.push_back({{"track", track}, {"changes", std::move(changes)}});
+    }
+    json["tracks"] = std::move(tracks);
+    Json whole = Json::array();
+    for (const WholeCutEdit& edit : wholeCut(diff)) {
+        Json entry = report.changeJson(*edit.first);
+        entry.erase("track");
+        entry["tracks"] = edit.tracks;
+        whole.push_back(std::move(entry));
+    }
+    json["wholeCut"] = std::move(whole);
+    Json conform = Json::array();
+    for (const ConformRange& range : diff.conform) conform.push_back(report.conformJson(range));
+    json["conformMap"] = std::move(conform);
+    json["summary"] = counts(diff);
+    return json;
+}
+
+}  // namespace cutdiff
