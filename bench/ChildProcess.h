@@ -14,6 +14,7 @@ extern char** environ;
 
 struct ChildRun {
     bool ok = false;  // started and exited with status 0
+    int exitCode = -1;
     double seconds = 0;
     double cpuSeconds = 0;  // user and system
     double peakMiB = 0;
@@ -39,7 +40,8 @@ inline ChildRun runChild(std::vector<std::string> args) {
     const auto toSeconds = [](const timeval& t) { return double(t.tv_sec) + double(t.tv_usec) / 1e6; };
     run.cpuSeconds = toSeconds(usage.ru_utime) + toSeconds(usage.ru_stime);
     run.peakMiB = double(usage.ru_maxrss) / 1024.0;  // kilobytes on Linux
-    run.ok = WIFEXITED(status) && WEXITSTATUS(status) == 0;
+    run.exitCode = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+    run.ok = run.exitCode == 0;
     return run;
 }
 

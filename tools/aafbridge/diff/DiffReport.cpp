@@ -73,6 +73,21 @@ public:
         return json;
     }
 
+    // Events only rippled, from `first` to `last`: one entry with their count and the shift.
+    Json runJson(const Change& first, const Change& last, size_t events) const {
+        Json json = {{"class", changeKindName(ChangeKind::Shifted)}, {"track", first.track}, {"events", events}};
+        Json old = eventTimes(first.before, true), now = eventTimes(first.after, false);
+        const Json lastOld = eventTimes(last.before, true), lastNew = eventTimes(last.after, false);
+        for (const char* end : {"recordOut", "timecodeOut"}) {
+            old[end] = lastOld[end];
+            now[end] = lastNew[end];
+        }
+        json["old"] = std::move(old);
+        json["new"] = std::move(now);
+        json["shift"] = json["amount"] = first.shift;
+        return json;
+    }
+
     // One line: class, old and new record, source and its timecode, shift and amount.
     std::string changeLine(const Change& change) const {
         std::string line = changeKindName(change.kind);
@@ -174,21 +189,26 @@ private:
     Clock beforeClock_, afterClock_;
 };
 
-// Runs of events only rippled by the same amount, said once.
+// Where a run of events on one track only rippled by the same amount ends: three or more are
+// said once.
+size_t shiftedRunEnd(const std::vector<const Change*>& changes, size_t first) {
+    size_t end = first + 1;
+    if (changes[first]->kind == ChangeKind::Shifted)
+        while (end < changes.size() && changes[end]->kind == ChangeKind::Shifted &&
+               changes[end]->shift == changes[first]->shift && changes[end]->track == changes[first]->track)
+            ++end;
+    return end - first > 2 ? end : first + 1;
+}
+
 template <typename Line>
 void printCollapsed(const std::vector<const Change*>& changes, const Report& report, std::ostream& out, Line line) {
     for (size_t i = 0; i < changes.size();) {
-        size_t end = i + 1;
-        if (changes[i]->kind == ChangeKind::Shifted)
-            while (end < changes.size() && changes[end]->kind == ChangeKind::Shifted &&
-                   changes[end]->shift == changes[i]->shift && changes[end]->track == changes[i]->track)
-                ++end;
-        if (end - i > 2) {
+        const size_t end = shiftedRunEnd(changes, i);
+        if (end - i > 1)
             out << "  shifted " << end - i << " events from " << report.recordTimecode(*changes[i]) << " to "
                 << report.recordTimecode(*changes[end - 1]) << "  shift " << changes[i]->shift << "\n";
-        } else {
-            for (size_t k = i; k < end; ++k) out << "  " << line(*changes[k]) << "\n";
-        }
+        else
+            out << "  " << line(*changes[i]) << "\n";
         i = end;
     }
 }
@@ -199,10 +219,12 @@ struct WholeCutEdit {
     std::vector<std::string> tracks;
 };
 
+// Ripples are left to the tracks' lists: the whole cut lists the edits.
 std::vector<WholeCutEdit> wholeCut(const CutDiff& diff) {
     std::vector<WholeCutEdit> edits;
     std::map<std::tuple<int, int64_t, int64_t, int64_t, std::string, std::string>, size_t> seen;
     for (const Change& change : diff.changes) {
+        if (change.kind == ChangeKind::Shifted) continue;
         const auto key = std::make_tuple(int(change.kind), change.position, change.amount, change.shift, change.from,
                                          change.to);
         const auto [found, added] = seen.emplace(key, edits.size());
@@ -272,9 +294,16 @@ Json diffJson(const DiffInputs& inputs, const CutDiff& diff) {
                  {"identical", diff.changes.empty()}};
     Json tracks = Json::array();
     for (const std::string& track : diff.tracks) {
-        Json changes = Json::array();
+        std::vector<const Change*> onTrack;
         for (const Change& change : diff.changes)
-            if (change.track == track) changes.push_back(report.changeJson(change));
+            if (change.track == track) onTrack.push_back(&change);
+        Json changes = Json::array();
+        for (size_t i = 0; i < onTrack.size();) {
+            const size_t end = shiftedRunEnd(onTrack, i);
+            changes.push_back(end - i > 1 ? report.runJson(*onTrack[i], *onTrack[end - 1], end - i)
+                                          : report.changeJson(*onTrack[i]));
+            i = end;
+        }
         tracks.push_back({{"track", track}, {"changes", std::move(changes)}});
     }
     json["tracks"] = std::move(tracks);
