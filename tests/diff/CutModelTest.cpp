@@ -50,7 +50,7 @@ TEST(SampleCuts, EachAgainstItselfHasNoChangesAndConformsWhole) {
 // out can as well be read as lifting the other.
 bool usedTwice(const std::vector<cutdiff::CutEvent>& events, size_t index) {
     return std::any_of(events.begin(), events.end(), [&](const cutdiff::CutEvent& other) {
-        return &other != &events[index] && other.sourceKey == events[index].sourceKey &&
+        return &other != &events[index] && other.source == events[index].source &&
                std::min(other.sourceOut, events[index].sourceOut) > std::max(other.sourceIn, events[index].sourceIn);
     });
 }

@@ -102,9 +102,7 @@ inline cutdiff::Cut written(const HarnessCut& cut, const std::string& suffix) {
     return read;
 }
 
-// Cuts written apart: their sources are known by their media.
-inline cutdiff::CutDiff diffOf(cutdiff::Cut& before, cutdiff::Cut& after, const cutdiff::DiffOptions& options = {}) {
-    cutdiff::shareSourceKeys(before, after);
+inline cutdiff::CutDiff diffOf(const cutdiff::Cut& before, const cutdiff::Cut& after, const cutdiff::DiffOptions& options = {}) {
     cutdiff::CutDiff diff;
     std::string why;
     EXPECT_TRUE(cutdiff::diffCuts(before, after, options, diff, why)) << why;

@@ -5,6 +5,7 @@
 #include <functional>
 
 #include "DiffHarness.h"
+#include "diff/SourceIdentity.h"
 
 using namespace diffharness;
 using cutdiff::ChangeKind;
@@ -106,14 +107,14 @@ std::vector<std::string> sorted(std::vector<std::string> lines) {
     return lines;
 }
 
-// Each frame of a track: the source it shows and where in it; "" for nothing.
-using SourceFrame = std::pair<std::string, int64_t>;
-std::vector<SourceFrame> sourceFrames(const cutdiff::CutTrack& track) {
+// Each frame of a track: the source it shows (as both cuts know it) and where in it; -1 for nothing.
+using SourceFrame = std::pair<int64_t, int64_t>;
+std::vector<SourceFrame> sourceFrames(const cutdiff::CutTrack& track, const std::vector<uint32_t>& identities) {
     std::vector<SourceFrame> frames;
     for (const cutdiff::CutEvent& event : track.events) {
-        frames.resize(size_t(event.recordOut));
+        frames.resize(size_t(event.recordOut), {-1, 0});
         for (int64_t f = event.recordIn; f < event.recordOut; ++f)
-            frames[size_t(f)] = {event.sourceKey,
+            frames[size_t(f)] = {identities[event.source],
                                  event.sourceIn + (f - event.recordIn) * event.sourceLength() / event.recordLength()};
     }
     return frames;
@@ -132,12 +133,13 @@ bool newMaterial(const cutdiff::CutDiff& diff, const cutdiff::Cut& after, const 
 // The conform map applied to the old cut gives the new cut's source at every frame of every
 // track; the rest is material the old cut did not show, each frame of it named by a change.
 void expectConformGivesNew(const cutdiff::Cut& before, const cutdiff::Cut& after, const cutdiff::CutDiff& diff) {
+    const cutdiff::SourceIdentities identities = cutdiff::identifySources(before, after);
     for (const cutdiff::CutTrack& track : after.tracks) {
-        const std::vector<SourceFrame> now = sourceFrames(track);
+        const std::vector<SourceFrame> now = sourceFrames(track, identities.after);
         std::vector<bool> covered(now.size());
         for (const cutdiff::ConformRange& range : diff.conform) {
             if (range.track != track.label) continue;
-            const std::vector<SourceFrame> old = sourceFrames(*before.find(range.fromTrack));
+            const std::vector<SourceFrame> old = sourceFrames(*before.find(range.fromTrack), identities.before);
             for (int64_t f = range.newIn; f < range.newOut; ++f) {
                 const int64_t g = range.oldIn + (f - range.newIn) * (range.oldOut - range.oldIn) / (range.newOut - range.newIn);
                 ASSERT_LT(size_t(f), now.size());
@@ -148,7 +150,7 @@ void expectConformGivesNew(const cutdiff::Cut& before, const cutdiff::Cut& after
             }
         }
         for (size_t f = 0; f < now.size(); ++f)
-            if (!now[f].first.empty() && !covered[f]) {
+            if (now[f].first >= 0 && !covered[f]) {
                 EXPECT_TRUE(newMaterial(diff, after, track.label, int64_t(f))) << track.label << " frame " << f << " unaccounted";
             }
     }
@@ -186,12 +188,12 @@ std::vector<std::string> undone(const cutdiff::CutDiff& diff, bool invert) {
 }
 
 TEST(EditHarness, EachEditIsReportedExactlyAndTheConformMapRebuildsTheNewCut) {
-    cutdiff::Cut before = written(baseCut(), ".old.aaf");
+    const cutdiff::Cut before = written(baseCut(), ".old.aaf");
     for (const EditCase& edit : editCases()) {
         SCOPED_TRACE(edit.name);
         HarnessCut changed = baseCut();
         edit.edit(changed);
-        cutdiff::Cut after = written(changed, ".new.aaf");
+        const cutdiff::Cut after = written(changed, ".new.aaf");
         const cutdiff::CutDiff diff = diffOf(before, after);
         EXPECT_EQ(sorted(changeLines(diff)), sorted(edit.expected));
         expectConformGivesNew(before, after, diff);
@@ -202,8 +204,8 @@ TEST(EditHarness, EachEditIsReportedExactlyAndTheConformMapRebuildsTheNewCut) {
 }
 
 TEST(EditHarness, ACutComparedWithItselfHasNoChanges) {
-    cutdiff::Cut before = written(baseCut(), ".a.aaf");
-    cutdiff::Cut again = written(baseCut(), ".b.aaf");
+    const cutdiff::Cut before = written(baseCut(), ".a.aaf");
+    const cutdiff::Cut again = written(baseCut(), ".b.aaf");
     const cutdiff::CutDiff diff = diffOf(before, again);
     EXPECT_TRUE(diff.changes.empty()) << ::testing::PrintToString(changeLines(diff));
     ASSERT_EQ(diff.conform.size(), 2u);  // V1 and A1 each carried whole, as one range; V2 empty
@@ -212,12 +214,12 @@ TEST(EditHarness, ACutComparedWithItselfHasNoChanges) {
 }
 
 TEST(EditHarness, TracksAndToleranceNarrowWhatIsCompared) {
-    cutdiff::Cut before = written(baseCut(), ".old.aaf");
+    const cutdiff::Cut before = written(baseCut(), ".old.aaf");
     HarnessCut changed = baseCut();
     A1(changed).events[3] = {"D", 400, 68};
     V1(changed).events[0] = {"A", 100, 45};
     V1(changed).events.insert(V1(changed).events.begin() + 1, {"", 0, 5});
-    cutdiff::Cut after = written(changed, ".new.aaf");
+    const cutdiff::Cut after = written(changed, ".new.aaf");
     cutdiff::DiffOptions options;
     options.tracks = {"A1"};
     EXPECT_EQ(changeLines(diffOf(before, after, options)),

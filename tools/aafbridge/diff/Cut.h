@@ -15,14 +15,19 @@ struct Composition;
 
 namespace cutdiff {
 
+// What events show: a tape's or file's channel, under a master clip's name.
+struct CutSource {
+    // The tape or file source's identifier (else the master clip's) and channel: what an event
+    // is, whatever it is named.
+    std::string key;
+    // The same source as files made apart know it: its media file, else its name, and channel.
+    std::string media;
+    std::string name;  // the master clip's name, as editors know it
+};
+
 struct CutEvent {
     int64_t recordIn = 0, recordOut = 0;  // edit units from the track's start
-    // The tape or file source behind the clip (else its master clip) and channel: what an
-    // event is, whatever it is named.
-    std::string sourceKey;
-    // The same source as separately made files know it: its media file, else its name, and channel.
-    std::string sourceMedia;
-    std::string sourceName;               // the master clip's name, as editors know it
+    uint32_t source = 0;                  // into the cut's sources
     int64_t sourceIn = 0, sourceOut = 0;  // the source's own timecode, in the track's edit units
     double speed = 1;                     // the speed effect's ratio, 1 without one
     std::string levels;      // gain and pan, with key frames, as comparable text ("" none)
@@ -61,15 +66,12 @@ struct Cut {
     std::optional<StartTimecode> start;
     std::vector<CutTrack> tracks;  // in the file's order
     std::vector<CutMarker> markers;
+    std::vector<CutSource> sources;
 
     const CutTrack* find(const std::string& label) const;
 };
 
 Cut cutFromComposition(const composition::Composition& composition);
 
-// Sources both cuts hold under one identifier, for the same media, keep it; the others are
-// known by their media instead: two files made apart (two conversions of timelines, say) give
-// the same tape or file different identifiers.
-void shareSourceKeys(Cut& before, Cut& after);
 
 }  // namespace cutdiff

@@ -3,6 +3,7 @@
 #include <cmath>
 #include <map>
 #include <tuple>
+#include <unordered_map>
 
 #include "composition/EditTime.h"
 #include "composition/TimecodeText.h"
@@ -56,7 +57,7 @@ public:
         if (change.after.valid()) json["new"] = eventTimes(change.after, false);
         if (change.also.valid()) json["newSecondPiece"] = eventTimes(change.also, false);
         if (const CutEvent* event = sourceEvent(change))
-            json["source"] = {{"name", event->sourceName},
+            json["source"] = {{"name", sourceName(change, *event)},
                               {"timecodeIn", sourceTimecode(change, event->sourceIn)},
                               {"timecodeOut", sourceTimecode(change, event->sourceOut)}};
         if (change.marker != kNone) json["oldMarker"] = markerJson(inputs_.before.markers[change.marker], true);
@@ -97,7 +98,7 @@ public:
         line += " -> ";
         line += change.after.valid() ? recordRange(change.after, false) : std::string(23, '-');
         if (const CutEvent* event = sourceEvent(change))
-            line += "  " + event->sourceName + " " + sourceTimecode(change, event->sourceIn);
+            line += "  " + sourceName(change, *event) + " " + sourceTimecode(change, event->sourceIn);
         if (change.marker != kNone || change.newMarker != kNone) line += "  " + markerLine(change);
         if (change.kind != ChangeKind::Shifted && change.kind != ChangeKind::MarkerAdded &&
             change.kind != ChangeKind::MarkerRemoved && change.amount)
@@ -148,6 +149,10 @@ private:
         return nullptr;
     }
 
+    const std::string& sourceName(const Change& change, const CutEvent& event) const {
+        return (change.after.valid() ? inputs_.after : inputs_.before).sources[event.source].name;
+    }
+
     std::string sourceTimecode(const Change& change, int64_t position) const {
         return change.after.valid() ? afterClock_.source(trackOf(change.after, false), position)
                                     : beforeClock_.source(trackOf(change.before, true), position);
@@ -188,6 +193,24 @@ private:
     const DiffInputs& inputs_;
     Clock beforeClock_, afterClock_;
 };
+
+// The changes of the whole cut (its start), then of each track in the diff's order.
+struct ChangesByTrack {
+    std::vector<const Change*> cut;
+    std::vector<std::vector<const Change*>> tracks;
+};
+
+ChangesByTrack changesByTrack(const CutDiff& diff) {
+    ChangesByTrack grouped;
+    grouped.tracks.resize(diff.tracks.size());
+    std::unordered_map<std::string, size_t> index;
+    for (size_t i = 0; i < diff.tracks.size(); ++i) index[diff.tracks[i]] = i;
+    for (const Change& change : diff.changes) {
+        const auto found = index.find(change.track);
+        (found == index.end() ? grouped.cut : grouped.tracks[found->second]).push_back(&change);
+    }
+    return grouped;
+}
 
 // Where a run of events on one track only rippled by the same amount ends: three or more are
 // said once.
@@ -259,16 +282,14 @@ void printDiff(const DiffInputs& inputs, const CutDiff& diff, std::ostream& out)
         out << "no changes\n";
         return;
     }
-    std::vector<const Change*> cutWide;
-    for (const Change& change : diff.changes)
-        if (change.track.empty()) cutWide.push_back(&change);
-    if (!cutWide.empty()) printCollapsed(cutWide, report, out << "\ncut\n", [&](const Change& c) { return report.changeLine(c); });
-    for (const std::string& track : diff.tracks) {
-        std::vector<const Change*> onTrack;
-        for (const Change& change : diff.changes)
-            if (change.track == track) onTrack.push_back(&change);
-        out << "\n" << track << ": " << (onTrack.empty() ? "no changes" : std::to_string(onTrack.size()) + " changes") << "\n";
-        printCollapsed(onTrack, report, out, [&](const Change& c) { return report.changeLine(c); });
+    const ChangesByTrack grouped = changesByTrack(diff);
+    const auto line = [&](const Change& c) { return report.changeLine(c); };
+    if (!grouped.cut.empty()) printCollapsed(grouped.cut, report, out << "\ncut\n", line);
+    for (size_t t = 0; t < diff.tracks.size(); ++t) {
+        const std::vector<const Change*>& onTrack = grouped.tracks[t];
+        out << "\n" << diff.tracks[t] << ": "
+            << (onTrack.empty() ? "no changes" : std::to_string(onTrack.size()) + " changes") << "\n";
+        printCollapsed(onTrack, report, out, line);
     }
     out << "\nwhole cut\n";
     std::vector<const Change*> edits;
@@ -293,10 +314,9 @@ Json diffJson(const DiffInputs& inputs, const CutDiff& diff) {
                  {"comparedInTime", diff.comparedInTime},
                  {"identical", diff.changes.empty()}};
     Json tracks = Json::array();
-    for (const std::string& track : diff.tracks) {
-        std::vector<const Change*> onTrack;
-        for (const Change& change : diff.changes)
-            if (change.track == track) onTrack.push_back(&change);
+    const ChangesByTrack grouped = changesByTrack(diff);
+    for (size_t t = 0; t < diff.tracks.size(); ++t) {
+        const std::vector<const Change*>& onTrack = grouped.tracks[t];
         Json changes = Json::array();
         for (size_t i = 0; i < onTrack.size();) {
             const size_t end = shiftedRunEnd(onTrack, i);
@@ -304,7 +324,7 @@ Json diffJson(const DiffInputs& inputs, const CutDiff& diff) {
                                           : report.changeJson(*onTrack[i]));
             i = end;
         }
-        tracks.push_back({{"track", track}, {"changes", std::move(changes)}});
+        tracks.push_back({{"track", diff.tracks[t]}, {"changes", std::move(changes)}});
     }
     json["tracks"] = std::move(tracks);
     Json whole = Json::array();

@@ -1,7 +1,6 @@
 #include "diff/TrackAlignment.h"
 
 #include <algorithm>
-#include <string_view>
 #include <unordered_map>
 
 namespace cutdiff {
@@ -18,9 +17,9 @@ struct Candidate {
 // The events of a track by source, each source's uses in source order.
 class SourceIndex {
 public:
-    explicit SourceIndex(const std::vector<CutEvent>& events) : events_(events) {
+    explicit SourceIndex(const std::vector<SourceSpan>& events) : events_(events) {
         for (size_t i = 0; i < events.size(); ++i) {
-            Uses& uses = bySource_[events[i].sourceKey];
+            Uses& uses = bySource_[events[i].source];
             uses.events.push_back(i);
             uses.longest = std::max(uses.longest, events[i].sourceLength());
         }
@@ -31,8 +30,8 @@ public:
 
     // The events whose source overlaps `event`'s.
     template <typename Visit>
-    void overlapping(const CutEvent& event, Visit visit) const {
-        const auto found = bySource_.find(event.sourceKey);
+    void overlapping(const SourceSpan& event, Visit visit) const {
+        const auto found = bySource_.find(event.source);
         if (found == bySource_.end()) return;
         const Uses& uses = found->second;
         const int64_t earliest = event.sourceIn - uses.longest;
@@ -48,8 +47,8 @@ private:
         std::vector<size_t> events;
         int64_t longest = 0;
     };
-    const std::vector<CutEvent>& events_;
-    std::unordered_map<std::string_view, Uses> bySource_;
+    const std::vector<SourceSpan>& events_;
+    std::unordered_map<uint32_t, Uses> bySource_;
 };
 
 // Prefix maxima over the after track's events: the best chain ending before each.
@@ -76,18 +75,14 @@ private:
     std::vector<Best> tree_;
 };
 
-bool treatedAlike(const CutEvent& a, const CutEvent& b) {
-    return a.speed == b.speed && a.levels == b.levels && a.effects == b.effects && a.transition == b.transition;
-}
-
-std::vector<Candidate> candidates(const std::vector<CutEvent>& before, const std::vector<CutEvent>& after) {
+std::vector<Candidate> candidates(const std::vector<SourceSpan>& before, const std::vector<SourceSpan>& after) {
     const SourceIndex index(after);
     std::vector<Candidate> found;
     for (size_t i = 0; i < before.size(); ++i)
         index.overlapping(before[i], [&](size_t j) {
             // The overlap first; of equal overlaps, the event treated alike (speed, levels,
             // effects), then the one that stayed in place.
-            const int64_t weight = 4 * sourceOverlap(before[i], after[j]) + (treatedAlike(before[i], after[j]) ? 2 : 0) +
+            const int64_t weight = 4 * sourceOverlap(before[i], after[j]) + (before[i].treatment == after[j].treatment ? 2 : 0) +
                                    (before[i].recordIn == after[j].recordIn ? 1 : 0);
             found.push_back({i, j, weight});
         });
@@ -100,12 +95,7 @@ std::vector<Candidate> candidates(const std::vector<CutEvent>& before, const std
 
 }  // namespace
 
-int64_t sourceOverlap(const CutEvent& a, const CutEvent& b) {
-    if (a.sourceKey != b.sourceKey) return 0;
-    return std::max<int64_t>(0, std::min(a.sourceOut, b.sourceOut) - std::max(a.sourceIn, b.sourceIn));
-}
-
-std::vector<EventPair> alignEvents(const std::vector<CutEvent>& before, const std::vector<CutEvent>& after) {
+std::vector<EventPair> alignEvents(const std::vector<SourceSpan>& before, const std::vector<SourceSpan>& after) {
     const std::vector<Candidate> found = candidates(before, after);
     BestChains chains(after.size());
     std::vector<long> previous(found.size(), -1);

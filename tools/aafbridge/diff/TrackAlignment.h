@@ -6,7 +6,7 @@
 #include <cstdint>
 #include <vector>
 
-#include "diff/Cut.h"
+#include "diff/SourceSpan.h"
 
 namespace cutdiff {
 
@@ -14,11 +14,8 @@ struct EventPair {
     size_t before = 0, after = 0;  // indices into the two tracks' events
 };
 
-// How much of the same source two events show: 0 when their sources differ.
-int64_t sourceOverlap(const CutEvent& a, const CutEvent& b);
-
-// The order-keeping pairing with the most shared source, in before's order. Both tracks in the
-// same edit units. Near-linear: each event is weighed against at most a few dozen others.
-std::vector<EventPair> alignEvents(const std::vector<CutEvent>& before, const std::vector<CutEvent>& after);
+// The order-keeping pairing with the most shared source, in before's order. Near-linear: each
+// event is weighed against at most a few dozen others.
+std::vector<EventPair> alignEvents(const std::vector<SourceSpan>& before, const std::vector<SourceSpan>& after);
 
 }  // namespace cutdiff
