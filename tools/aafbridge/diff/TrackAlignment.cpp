@@ -1,52 +1,80 @@
 #include "diff/TrackAlignment.h"
 
 #include <algorithm>
+#include <cstdlib>
 #include <unordered_map>
 
 namespace cutdiff {
 namespace {
 
-// An event used more times than this (a slate, black) is weighed against its nearest uses only.
-constexpr size_t kMostCandidates = 48;
+// A source used many times (a slate, black, one long interview cut into short pieces) is weighed
+// against its uses nearest in source and nearest in record only: at most this many of each.
+constexpr size_t kNearestInSource = 48;
+constexpr size_t kNearestInRecord = 16;
+// How far along a source's uses the search for ones that overlap goes.
+constexpr size_t kMostLookedAt = 256;
 
 struct Candidate {
     size_t before, after;
     int64_t weight;
 };
 
-// The events of a track by source, each source's uses in source order.
+// The events of a track by source: each source's uses in source order and in record order.
 class SourceIndex {
 public:
     explicit SourceIndex(const std::vector<SourceSpan>& events) : events_(events) {
         for (size_t i = 0; i < events.size(); ++i) {
             Uses& uses = bySource_[events[i].source];
-            uses.events.push_back(i);
+            uses.inRecordOrder.push_back(i);
             uses.longest = std::max(uses.longest, events[i].sourceLength());
         }
-        for (auto& [key, uses] : bySource_)
-            std::sort(uses.events.begin(), uses.events.end(),
-                      [&](size_t a, size_t b) { return events[a].sourceIn < events[b].sourceIn; });
+        for (auto& [key, uses] : bySource_) {
+            uses.inSourceOrder = uses.inRecordOrder;
+            std::stable_sort(uses.inSourceOrder.begin(), uses.inSourceOrder.end(),
+                             [&](size_t a, size_t b) { return events[a].sourceIn < events[b].sourceIn; });
+        }
     }
 
-    // The events whose source overlaps `event`'s.
-    template <typename Visit>
-    void overlapping(const SourceSpan& event, Visit visit) const {
-        const auto found = bySource_.find(event.source);
-        if (found == bySource_.end()) return;
-        const Uses& uses = found->second;
-        const int64_t earliest = event.sourceIn - uses.longest;
-        auto first = std::lower_bound(uses.events.begin(), uses.events.end(), earliest,
-                                      [&](size_t i, int64_t in) { return events_[i].sourceIn < in; });
-        size_t visited = 0;
-        for (auto i = first; i != uses.events.end() && events_[*i].sourceIn < event.sourceOut; ++i)
-            if (sourceOverlap(event, events_[*i]) > 0 && visited++ < kMostCandidates) visit(*i);
+    // The events whose source overlaps `event`'s, nearest first; an event that stayed in place
+    // is always among them.
+    std::vector<size_t> overlapping(const SourceSpan& event) const {
+        std::vector<size_t> found;
+        const auto uses = bySource_.find(event.source);
+        if (uses == bySource_.end()) return found;
+        nearestInSource(event, uses->second, found);
+        nearestInRecord(event, uses->second, found);
+        std::sort(found.begin(), found.end());
+        found.erase(std::unique(found.begin(), found.end()), found.end());
+        return found;
     }
 
 private:
     struct Uses {
-        std::vector<size_t> events;
+        std::vector<size_t> inRecordOrder, inSourceOrder;
         int64_t longest = 0;
     };
+
+    void nearestInSource(const SourceSpan& event, const Uses& uses, std::vector<size_t>& found) const {
+        const std::vector<size_t>& order = uses.inSourceOrder;
+        auto use = std::lower_bound(order.begin(), order.end(), event.sourceIn - uses.longest,
+                                    [&](size_t i, int64_t in) { return events_[i].sourceIn < in; });
+        size_t looked = 0, kept = 0;
+        for (; use != order.end() && events_[*use].sourceIn < event.sourceOut; ++use) {
+            if (++looked > kMostLookedAt || kept == kNearestInSource) break;
+            if (sourceOverlap(event, events_[*use]) > 0) found.push_back(*use), ++kept;
+        }
+    }
+
+    void nearestInRecord(const SourceSpan& event, const Uses& uses, std::vector<size_t>& found) const {
+        const std::vector<size_t>& order = uses.inRecordOrder;
+        const auto at = std::lower_bound(order.begin(), order.end(), event.recordIn,
+                                         [&](size_t i, int64_t in) { return events_[i].recordIn < in; });
+        const size_t middle = size_t(at - order.begin());
+        const size_t from = middle > kNearestInRecord / 2 ? middle - kNearestInRecord / 2 : 0;
+        for (size_t k = from; k < order.size() && k < from + kNearestInRecord; ++k)
+            if (sourceOverlap(event, events_[order[k]]) > 0) found.push_back(order[k]);
+    }
+
     const std::vector<SourceSpan>& events_;
     std::unordered_map<uint32_t, Uses> bySource_;
 };
@@ -75,17 +103,18 @@ private:
     std::vector<Best> tree_;
 };
 
+// The overlap first; of equal overlaps (the same material used again alike), the event treated
+// alike (speed, levels, effects), then the one nearest where it was.
+int64_t weight(const SourceSpan& before, const SourceSpan& after) {
+    const int64_t shift = std::llabs(after.recordIn - before.recordIn);
+    return 1024 * sourceOverlap(before, after) + (before.treatment == after.treatment ? 512 : 0) + 255 / (1 + std::min<int64_t>(shift, 255));
+}
+
 std::vector<Candidate> candidates(const std::vector<SourceSpan>& before, const std::vector<SourceSpan>& after) {
     const SourceIndex index(after);
     std::vector<Candidate> found;
     for (size_t i = 0; i < before.size(); ++i)
-        index.overlapping(before[i], [&](size_t j) {
-            // The overlap first; of equal overlaps, the event treated alike (speed, levels,
-            // effects), then the one that stayed in place.
-            const int64_t weight = 4 * sourceOverlap(before[i], after[j]) + (before[i].treatment == after[j].treatment ? 2 : 0) +
-                                   (before[i].recordIn == after[j].recordIn ? 1 : 0);
-            found.push_back({i, j, weight});
-        });
+        for (size_t j : index.overlapping(before[i])) found.push_back({i, j, weight(before[i], after[j])});
     // Each before event's candidates last first, so that one chain never takes two of them.
     std::sort(found.begin(), found.end(), [](const Candidate& a, const Candidate& b) {
         return a.before != b.before ? a.before < b.before : a.after > b.after;
