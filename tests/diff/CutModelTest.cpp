@@ -196,3 +196,22 @@ TEST(CutModel, MaterialUsedHundredsOfTimesStaysInPlace) {
 }
 
 }  // namespace
+
+namespace {
+
+// Media Composer's motion adapter: a 30 fps clip in a 25 fps sequence, its input counted at 30.
+// The event plays 100 frames of the sequence and shows 121 frames at 30 of its source: 101 at 25.
+TEST(SampleCuts, AMixedRateInputIsCountedAtItsOwnRate) {
+    const std::string path = testsupport::sample("media-composer/MC_Audio_Warp.aaf");
+    if (!std::filesystem::exists(path)) GTEST_SKIP() << "no " << path;
+    const cutdiff::Cut cut = readCut(path);
+    const cutdiff::CutEvent* adapted = nullptr;
+    for (const cutdiff::CutTrack& track : cut.tracks)
+        for (const cutdiff::CutEvent& event : track.events)
+            if (std::abs(event.speed - 5.0 / 6.0) < 1e-9) adapted = &event;
+    ASSERT_NE(adapted, nullptr);
+    EXPECT_EQ(adapted->recordLength(), 100);
+    EXPECT_EQ(adapted->sourceLength(), 101);
+}
+
+}  // namespace

@@ -88,7 +88,8 @@ const std::vector<EditCase>& editCases() {
          {"V1 split @110 10 +0", "V1 shifted @140 -10 -10", "V1 shifted @210 -10 -10", "A1 split @110 10 +0",
           "A1 shifted @140 -10 -10", "A1 shifted @210 -10 -10"}},
         {"replace", [](HarnessCut& cut) { V1(cut).events[2] = {"F", 800, 40}; }, {"V1 replaced @110 0 +0"}},
-        // The writer places a sped-up clip's in point at inPoint / speed: 800 at twice the speed is 400.
+        // The writer gives a sped-up clip the start inPoint / speed, in the master clip's edit
+        // units: at twice the speed, in point 800 starts where D did.
         {"speed change", [](HarnessCut& cut) { V1(cut).events[3] = {"D", 800, 70, 2.0}; }, {"V1 speed changed @150 0 +0"}},
         {"level change", [](HarnessCut& cut) { A1(cut).events[1].gain = 0.5; }, {"A1 level changed @50 0 +0"}},
         {"marker changes",

@@ -92,7 +92,7 @@ public:
     // One line: class, old and new record, source and its timecode, shift and amount.
     std::string changeLine(const Change& change) const {
         std::string line = changeKindName(change.kind);
-        line.resize(std::max<size_t>(line.size(), 19), ' ');
+        line.resize(std::max<size_t>(line.size() + 2, 24), ' ');  // classes in a column
         if (change.kind == ChangeKind::StartTimecodeChanged) return line + change.from + " -> " + change.to;
         line += change.before.valid() ? recordRange(change.before, true) : std::string(23, '-');
         line += " -> ";
@@ -301,7 +301,7 @@ void printDiff(const DiffInputs& inputs, const CutDiff& diff, std::ostream& out)
     printCollapsed(edits, report, out, [&](const Change& c) {
         return (tracksOf[&c].empty() ? "" : tracksOf[&c] + "  ") + report.changeLine(c);
     });
-    out << "\n" << diff.changes.size() << " changes:";
+    out << "\n" << diff.changes.size() << (diff.changes.size() == 1 ? " change:" : " changes:");
     for (const auto& [name, count] : counts(diff)) out << " " << count << " " << name << ";";
     out << "\n";
 }

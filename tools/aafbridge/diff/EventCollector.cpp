@@ -2,7 +2,9 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdint>
 #include <cstdio>
+#include <cstdlib>
 
 #include "composition/ClipSourceTime.h"
 #include "composition/EditTime.h"
@@ -65,6 +67,23 @@ void stretch(std::vector<CutEvent>& inner, int64_t length) {
 
 int64_t lengthOf(const Segment& segment) { return std::max<int64_t>(0, segment.length); }
 
+// Avid's mixed-rate sequences (the input of a motion adapter, as a speed change is) count their
+// components at a rate of their own, named in two attributes.
+std::optional<aafRational_t> mixedRate(const Segment& sequence) {
+    const TaggedValue* numerator = sequence.metadata.find("_MIXMATCH_RATE_NUM");
+    const TaggedValue* denominator = sequence.metadata.find("_MIXMATCH_RATE_DENOM");
+    if (!numerator || !denominator) return std::nullopt;
+    const long n = std::strtol(numerator->value.c_str(), nullptr, 10), d = std::strtol(denominator->value.c_str(), nullptr, 10);
+    if (n <= 0 || d <= 0 || n > INT32_MAX || d > INT32_MAX) return std::nullopt;
+    return aafRational_t{int32_t(n), int32_t(d)};
+}
+
+void convertTimes(std::vector<CutEvent>& events, const aafRational_t& from, const aafRational_t& to) {
+    for (CutEvent& event : events)
+        for (int64_t* time : {&event.recordIn, &event.recordOut, &event.sourceIn, &event.sourceOut})
+            *time = convertEditUnits(*time, from, to);
+}
+
 }  // namespace
 
 void EventCollector::add(const Segment& segment) {
@@ -96,6 +115,8 @@ void EventCollector::emit(CutEvent event) {
 }
 
 void EventCollector::addSequence(const Segment& sequence) {
+    if (const std::optional<aafRational_t> rate = mixedRate(sequence); rate && !sameRate(*rate, rate_))
+        return addAtRate(sequence, *rate);
     for (const Segment& child : sequence.children) {
         const bool afterTransition = pending_.has_value();
         add(child);
@@ -157,15 +178,24 @@ void EventCollector::addOperation(const Segment& group) {
     skip(group);
 }
 
+// What is counted at another rate starts scopes of its own.
+void EventCollector::addAtRate(const Segment& segment, const aafRational_t& rate) {
+    EventCollector walk(rate, walk_);
+    walk.add(segment);
+    std::vector<CutEvent> inner = walk.take();
+    convertTimes(inner, rate, rate_);
+    const int64_t length = convertEditUnits(lengthOf(segment), rate, rate_);
+    splice(inner, 0, length);
+    position_ += length;
+}
+
 // A nest starts scopes of its own, at its own rate.
 void EventCollector::addNest(const Segment& nest) {
     if (!nest.children.empty()) {
         EventCollector walk(nest.nestedRate, walk_);
         walk.add(nest.children.front());
         std::vector<CutEvent> inner = walk.take();
-        for (CutEvent& event : inner)
-            for (int64_t* time : {&event.recordIn, &event.recordOut, &event.sourceIn, &event.sourceOut})
-                *time = convertEditUnits(*time, nest.nestedRate, rate_);
+        convertTimes(inner, nest.nestedRate, rate_);
         splice(inner, convertEditUnits(nest.source.startTime, nest.nestedRate, rate_), lengthOf(nest));
     }
     skip(nest);

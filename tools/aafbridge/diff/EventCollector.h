@@ -1,7 +1,7 @@
 #pragma once
 // A track's segments walked into events, in record order: sequences in turn, transitions
 // settled at their cut points, effects and speed changes carried onto the events under them,
-// nests and the layers of nested scopes spliced in where they show.
+// nests, mixed-rate sequences and the layers of nested scopes spliced in where they show.
 #include <map>
 #include <memory>
 #include <optional>
@@ -53,6 +53,7 @@ private:
     void addFirstChild(const composition::Segment& segment);
     void addOperation(const composition::Segment& group);
     void addNest(const composition::Segment& nest);
+    void addAtRate(const composition::Segment& segment, const aafRational_t& rate);
     void addScope(const composition::Segment& scope);
     void addScopeReference(const composition::Segment& reference);
     void skip(const composition::Segment& segment);
