@@ -94,12 +94,14 @@ public:
         std::string line = changeKindName(change.kind);
         line.resize(std::max<size_t>(line.size() + 2, 24), ' ');  // classes in a column
         if (change.kind == ChangeKind::StartTimecodeChanged) return line + change.from + " -> " + change.to;
-        line += change.before.valid() ? recordRange(change.before, true) : std::string(23, '-');
-        line += " -> ";
-        line += change.after.valid() ? recordRange(change.after, false) : std::string(23, '-');
+        if (change.marker != kNone || change.newMarker != kNone) {
+            line += markerAt(change.marker, true) + " -> " + markerAt(change.newMarker, false) + "  \"" + markerText(change) + "\"";
+        } else {
+            line += (change.before.valid() ? recordRange(change.before, true) : std::string(23, '-')) + " -> " +
+                    (change.after.valid() ? recordRange(change.after, false) : std::string(23, '-'));
+        }
         if (const CutEvent* event = sourceEvent(change))
             line += "  " + sourceName(change, *event) + " " + sourceTimecode(change, event->sourceIn);
-        if (change.marker != kNone || change.newMarker != kNone) line += "  " + markerLine(change);
         if (change.kind != ChangeKind::Shifted && change.kind != ChangeKind::MarkerAdded &&
             change.kind != ChangeKind::MarkerRemoved && change.amount)
             line += "  by " + std::to_string(change.amount);
@@ -181,10 +183,20 @@ private:
         return json;
     }
 
-    std::string markerLine(const Change& change) const {
-        const Json json = change.newMarker != kNone ? markerJson(inputs_.after.markers[change.newMarker], false)
-                                                    : markerJson(inputs_.before.markers[change.marker], true);
-        return "\"" + json["text"].get<std::string>() + "\" at " + json.value("timecode", std::string());
+    // A marker's record timecode, in a column as wide as a record range; dashes for none.
+    std::string markerAt(size_t marker, bool old) const {
+        std::string text(11, '-');
+        if (marker != kNone) {
+            const Json json = markerJson((old ? inputs_.before : inputs_.after).markers[marker], old);
+            text = json.value("timecode", std::string());
+        }
+        text.resize(23, ' ');
+        return text;
+    }
+
+    const std::string& markerText(const Change& change) const {
+        return change.newMarker != kNone ? inputs_.after.markers[change.newMarker].text
+                                         : inputs_.before.markers[change.marker].text;
     }
 
     static std::string signedText(int64_t value) { return (value > 0 ? "+" : "") + std::to_string(value); }
