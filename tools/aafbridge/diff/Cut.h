@@ -2,6 +2,8 @@
 // A cut as an editor compares it: per track, the events in record order, each with where its
 // material comes from and what is done to it. Read from the composition as the file holds
 // it, nests and effects flattened, so that two versions of an edit compare event by event.
+#include <algorithm>
+#include <cmath>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -14,6 +16,14 @@ struct Composition;
 }
 
 namespace cutdiff {
+
+// Times past any real track (2^40 edit units: 265 days at 48000 Hz). A damaged file's times are
+// held within it, so that no sum or difference of them overflows.
+constexpr int64_t kFarthest = int64_t(1) << 40;
+inline int64_t heldInRange(int64_t value) { return std::clamp(value, -kFarthest, kFarthest); }
+inline int64_t roundedInRange(double value) {
+    return std::isnan(value) ? 0 : int64_t(std::llround(std::clamp(value, -double(kFarthest), double(kFarthest))));
+}
 
 // What events show: a tape's or file's channel, under a master clip's name.
 struct CutSource {

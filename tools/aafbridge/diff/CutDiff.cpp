@@ -49,7 +49,7 @@ bool isCutEdit(ChangeKind kind) {
 // Record time of `offset` source units into a span, at its speed.
 int64_t recordAt(const SourceSpan& span, int64_t offset) {
     if (span.sourceLength() == span.recordLength() || span.sourceLength() <= 0) return span.recordIn + offset;
-    return span.recordIn + int64_t(std::llround(double(offset) * double(span.recordLength()) / double(span.sourceLength())));
+    return span.recordIn + roundedInRange(double(offset) * double(span.recordLength()) / double(span.sourceLength()));
 }
 
 // Conform ranges ordered by the old track's name, for finding a track's ranges by halving.
@@ -340,7 +340,8 @@ private:
     int64_t newMarkerPosition(const CutMarker& marker) const {
         const TrackPair* pair = pairOf(marker.track);
         const CutTrack* track = after_.find(marker.track);
-        return pair && track ? composition::convertEditUnits(marker.position, track->editRate, units(*pair)) : marker.position;
+        return pair && track ? heldInRange(composition::convertEditUnits(marker.position, track->editRate, units(*pair)))
+                             : marker.position;
     }
 
     // Markers paired by what they say, each old one expected where its record time went.

@@ -66,7 +66,7 @@ std::vector<CutMarker> cutMarkers(const Composition& composition, const std::vec
     for (const Marker& marker : composition.markers) {
         const CutTrack* track = markerTrack(marker, composition, tracks);
         if (!track) break;
-        markers.push_back({track->label, convertEditUnits(marker.position, marker.editRate, track->editRate),
+        markers.push_back({track->label, heldInRange(convertEditUnits(marker.position, marker.editRate, track->editRate)),
                            marker.comment.empty() ? marker.name : marker.comment, colourName(marker)});
     }
     return markers;
@@ -84,7 +84,7 @@ Cut cutFromComposition(const Composition& composition) {
     Cut cut;
     cut.name = composition.name;
     if (composition.timecode)
-        cut.start = StartTimecode{composition.timecode->start, composition.timecode->fps, composition.timecode->drop,
+        cut.start = StartTimecode{heldInRange(composition.timecode->start), composition.timecode->fps, composition.timecode->drop,
                                   composition.timecode->editRate};
     SourceTable sources;
     cut.tracks = cutTracks(composition, sources);

@@ -38,8 +38,9 @@ public:
 
 private:
     std::string at(const CutTrack& track, int64_t position, int64_t from) const {
-        return composition::timecodeText(from + composition::convertEditUnits(position, track.editRate, start_.editRate),
-                                         start_.fps, start_.drop);
+        return composition::timecodeText(
+            from + heldInRange(composition::convertEditUnits(position, track.editRate, start_.editRate)), start_.fps,
+            start_.drop);
     }
     StartTimecode start_;
 };

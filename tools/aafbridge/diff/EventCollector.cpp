@@ -48,8 +48,8 @@ bool clipEvent(CutEvent& event, int64_t from, int64_t to) {
     to = std::min(to, event.recordOut);
     if (to <= from) return false;
     const double scale = event.recordLength() ? double(event.sourceLength()) / double(event.recordLength()) : 1.0;
-    event.sourceIn += int64_t(std::llround(double(from - event.recordIn) * scale));
-    event.sourceOut -= int64_t(std::llround(double(event.recordOut - to) * scale));
+    event.sourceIn = heldInRange(event.sourceIn + roundedInRange(double(from - event.recordIn) * scale));
+    event.sourceOut = heldInRange(event.sourceOut - roundedInRange(double(event.recordOut - to) * scale));
     event.recordIn = from;
     event.recordOut = to;
     return true;
@@ -60,12 +60,12 @@ void stretch(std::vector<CutEvent>& inner, int64_t length) {
     if (inner.empty() || inner.back().recordOut <= 0) return;
     const double scale = double(length) / double(inner.back().recordOut);
     for (CutEvent& event : inner) {
-        event.recordIn = int64_t(std::llround(double(event.recordIn) * scale));
-        event.recordOut = int64_t(std::llround(double(event.recordOut) * scale));
+        event.recordIn = roundedInRange(double(event.recordIn) * scale);
+        event.recordOut = roundedInRange(double(event.recordOut) * scale);
     }
 }
 
-int64_t lengthOf(const Segment& segment) { return std::max<int64_t>(0, segment.length); }
+int64_t lengthOf(const Segment& segment) { return std::clamp<int64_t>(segment.length, 0, kFarthest); }
 
 // Avid's mixed-rate sequences (the input of a motion adapter, as a speed change is) count their
 // components at a rate of their own, named in two attributes.
@@ -81,7 +81,7 @@ std::optional<aafRational_t> mixedRate(const Segment& sequence) {
 void convertTimes(std::vector<CutEvent>& events, const aafRational_t& from, const aafRational_t& to) {
     for (CutEvent& event : events)
         for (int64_t* time : {&event.recordIn, &event.recordOut, &event.sourceIn, &event.sourceOut})
-            *time = convertEditUnits(*time, from, to);
+            *time = heldInRange(convertEditUnits(*time, from, to));
 }
 
 }  // namespace
@@ -103,7 +103,7 @@ void EventCollector::add(const Segment& segment) {
     }
 }
 
-void EventCollector::skip(const Segment& segment) { position_ += lengthOf(segment); }
+void EventCollector::skip(const Segment& segment) { position_ = heldInRange(position_ + lengthOf(segment)); }
 
 void EventCollector::emit(CutEvent event) {
     if (pending_) {
@@ -111,6 +111,10 @@ void EventCollector::emit(CutEvent event) {
         event.transition = pending_->text;
         pending_.reset();
     }
+    // Events never overlap: where a damaged file's would, the later gives way.
+    if (!events_.empty() && event.recordIn < events_.back().recordOut &&
+        !clipEvent(event, events_.back().recordOut, event.recordOut))
+        return;
     if (event.recordLength() > 0) events_.push_back(std::move(event));
 }
 
@@ -132,18 +136,18 @@ void EventCollector::addClip(const Segment& clip) {
     if (clip.length <= 0) return;
     CutEvent event;
     event.recordIn = position_;
-    event.recordOut = position_ + clip.length;
+    event.recordOut = position_ + lengthOf(clip);
     event.source = walk_.sources.of(clip);
-    event.sourceIn = sourceStart(clip, rate_);
-    event.sourceOut = event.sourceIn + clip.length;
-    position_ += clip.length;
+    event.sourceIn = heldInRange(sourceStart(clip, rate_));
+    event.sourceOut = event.sourceIn + lengthOf(clip);
+    skip(clip);
     emit(std::move(event));
 }
 
 // A transition overlaps the items on either side: the cut is where one gives way to the other.
 void EventCollector::addTransition(const Segment& transition) {
-    position_ -= lengthOf(transition);
-    const int64_t cut = position_ + transition.cutPoint;
+    position_ = heldInRange(position_ - lengthOf(transition));
+    const int64_t cut = heldInRange(position_ + heldInRange(transition.cutPoint));
     if (!events_.empty() && events_.back().recordOut > cut)
         if (!clipEvent(events_.back(), events_.back().recordIn, cut)) events_.pop_back();
     pending_ = PendingTransition{cut,
@@ -153,7 +157,7 @@ void EventCollector::addTransition(const Segment& transition) {
 }
 
 std::vector<CutEvent> EventCollector::collectHere(const Segment& segment) {
-    EventCollector inner(rate_, walk_, scopes_, base_ + position_);
+    EventCollector inner(rate_, walk_, scopes_, heldInRange(base_ + position_));
     inner.add(segment);
     return inner.take();
 }
@@ -184,9 +188,9 @@ void EventCollector::addAtRate(const Segment& segment, const aafRational_t& rate
     walk.add(segment);
     std::vector<CutEvent> inner = walk.take();
     convertTimes(inner, rate, rate_);
-    const int64_t length = convertEditUnits(lengthOf(segment), rate, rate_);
+    const int64_t length = heldInRange(convertEditUnits(lengthOf(segment), rate, rate_));
     splice(inner, 0, length);
-    position_ += length;
+    position_ = heldInRange(position_ + length);
 }
 
 // A nest starts scopes of its own, at its own rate.
@@ -196,7 +200,7 @@ void EventCollector::addNest(const Segment& nest) {
         walk.add(nest.children.front());
         std::vector<CutEvent> inner = walk.take();
         convertTimes(inner, nest.nestedRate, rate_);
-        splice(inner, convertEditUnits(nest.source.startTime, nest.nestedRate, rate_), lengthOf(nest));
+        splice(inner, heldInRange(convertEditUnits(nest.source.startTime, nest.nestedRate, rate_)), lengthOf(nest));
     }
     skip(nest);
 }
@@ -205,7 +209,7 @@ void EventCollector::addNest(const Segment& nest) {
 void EventCollector::addScope(const Segment& scope) {
     if (!scope.children.empty()) {
         std::vector<Scope> scopes = scopes_;
-        scopes.push_back({&scope, scope.children.size() - 1, base_ + position_});
+        scopes.push_back({&scope, scope.children.size() - 1, heldInRange(base_ + position_)});
         splice(scopeSlot(std::move(scopes)), 0, lengthOf(scope));
     }
     skip(scope);
@@ -216,7 +220,7 @@ void EventCollector::addScopeReference(const Segment& reference) {
         std::vector<Scope> scopes(scopes_.begin(), scopes_.end() - reference.relativeScope);
         // Where this is in the referred scope: out through each scope's start.
         int64_t inScope = base_ + position_;
-        for (size_t i = scopes.size(); i < scopes_.size(); ++i) inScope += scopes_[i].start;
+        for (size_t i = scopes.size(); i < scopes_.size(); ++i) inScope = heldInRange(inScope + scopes_[i].start);
         Scope& target = scopes.back();
         if (reference.relativeSlot >= 1 && reference.relativeSlot <= target.slot) {
             target.slot -= reference.relativeSlot;
@@ -244,8 +248,8 @@ void EventCollector::splice(const std::vector<CutEvent>& inner, int64_t start, i
     for (auto event = first; event != inner.end() && event->recordIn < start + length; ++event) {
         CutEvent placed = *event;
         if (!clipEvent(placed, start, start + length)) continue;
-        placed.recordIn += position_ - start;
-        placed.recordOut += position_ - start;
+        placed.recordIn = heldInRange(placed.recordIn + position_ - start);
+        placed.recordOut = heldInRange(placed.recordOut + position_ - start);
         emit(std::move(placed));
     }
 }

@@ -26,7 +26,9 @@ std::vector<SourceSpan> trackSpans(const CutTrack& track, const std::vector<uint
                                    const aafRational_t& units) {
     std::vector<SourceSpan> spans;
     spans.reserve(track.events.size());
-    const auto convert = [&](int64_t value) { return composition::convertEditUnits(value, track.editRate, units); };
+    const auto convert = [&](int64_t value) {
+        return heldInRange(composition::convertEditUnits(value, track.editRate, units));
+    };
     for (const CutEvent& event : track.events)
         spans.push_back({identities[event.source], convert(event.recordIn), convert(event.recordOut),
                          convert(event.sourceIn), convert(event.sourceOut), treatmentOf(event)});

@@ -103,11 +103,13 @@ private:
     std::vector<Best> tree_;
 };
 
-// The overlap first; of equal overlaps (the same material used again alike), the event treated
-// alike (speed, levels, effects), then the one nearest where it was.
+// The overlap first (past 2^31 units, twelve hours at 48000 Hz, all overlaps weigh alike, so
+// that a chain's total stays in range); of equal overlaps (the same material used again alike),
+// the event treated alike (speed, levels, effects), then the one nearest where it was.
 int64_t weight(const SourceSpan& before, const SourceSpan& after) {
+    const int64_t overlap = std::min<int64_t>(sourceOverlap(before, after), int64_t(1) << 31);
     const int64_t shift = std::llabs(after.recordIn - before.recordIn);
-    return 1024 * sourceOverlap(before, after) + (before.treatment == after.treatment ? 512 : 0) + 255 / (1 + std::min<int64_t>(shift, 255));
+    return 1024 * overlap + (before.treatment == after.treatment ? 512 : 0) + 255 / (1 + std::min<int64_t>(shift, 255));
 }
 
 std::vector<Candidate> candidates(const std::vector<SourceSpan>& before, const std::vector<SourceSpan>& after) {
