@@ -25,6 +25,9 @@ inline int64_t roundedInRange(double value) {
     return std::isnan(value) ? 0 : int64_t(std::llround(std::clamp(value, -double(kFarthest), double(kFarthest))));
 }
 
+// A parameter's or speed's value as the diff shows and compares it: six significant digits.
+std::string numberText(double value);
+
 // What events show: a tape's or file's channel, under a master clip's name.
 struct CutSource {
     // The tape or file source's identifier (else the master clip's) and channel: what an event

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstdio>
 #include <string_view>
 #include <unordered_map>
 
@@ -13,12 +12,6 @@
 
 namespace cutdiff {
 namespace {
-
-std::string numberText(double value) {
-    char text[32];
-    std::snprintf(text, sizeof text, "%g", value);
-    return text;
-}
 
 std::string startText(const std::optional<StartTimecode>& start) {
     return start ? composition::timecodeText(start->frame, start->fps, start->drop) : "none";
@@ -411,10 +404,10 @@ private:
             if (isCutEdit(change.kind) && isPicture(change.track)) pictures.push_back(&change);
         for (Change& change : changes_) {
             if (!isCutEdit(change.kind) || isPicture(change.track)) continue;
-            const auto [in, out] = span(change);
+            const std::pair<int64_t, int64_t> sound = span(change);
             change.audioOnly = std::none_of(pictures.begin(), pictures.end(), [&](const Change* picture) {
-                const auto [pictureIn, pictureOut] = span(*picture);
-                return picture->kind == change.kind && std::min(out, pictureOut) > std::max(in, pictureIn);
+                const std::pair<int64_t, int64_t> shared = span(*picture);
+                return picture->kind == change.kind && std::min(sound.second, shared.second) > std::max(sound.first, shared.first);
             });
         }
     }

@@ -1,3 +1,4 @@
+#include <cstdio>
 #include <regex>
 #include <set>
 
@@ -73,6 +74,12 @@ std::vector<CutMarker> cutMarkers(const Composition& composition, const std::vec
 }
 
 }  // namespace
+
+std::string numberText(double value) {
+    char text[32];
+    std::snprintf(text, sizeof text, "%.6g", value);
+    return text;
+}
 
 const CutTrack* Cut::find(const std::string& label) const {
     for (const CutTrack& track : tracks)

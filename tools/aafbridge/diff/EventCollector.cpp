@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
-#include <cstdio>
 #include <cstdlib>
 
 #include "composition/ClipSourceTime.h"
@@ -14,12 +13,6 @@ using namespace composition;
 namespace cutdiff {
 namespace {
 
-std::string number(double value) {
-    char text[32];
-    std::snprintf(text, sizeof text, "%.6g", value);
-    return text;
-}
-
 // An operation as text that is equal exactly when the operations are: name, then each
 // parameter's value or key frames.
 std::string operationText(const Operation& operation) {
@@ -27,8 +20,8 @@ std::string operationText(const Operation& operation) {
     text += "(";
     for (const Parameter& parameter : operation.parameters) {
         text += (parameter.name.empty() ? aafkit::auidToText(parameter.id) : parameter.name) + "=";
-        if (!parameter.varying) text += number(parameter.value);
-        for (const KeyFrame& key : parameter.keyFrames) text += " " + number(key.time) + ":" + number(key.value);
+        if (!parameter.varying) text += numberText(parameter.value);
+        for (const KeyFrame& key : parameter.keyFrames) text += " " + numberText(key.time) + ":" + numberText(key.value);
         text += ";";
     }
     return text + ")";

@@ -11,8 +11,6 @@ namespace {
 // uses only.
 constexpr size_t kMostLookedAt = 64;
 
-using SourceUses = std::unordered_map<uint32_t, std::vector<EventAt>>;
-
 }  // namespace
 
 EventMatching::EventMatching(const CutSpans& spans, const std::vector<TrackPair>& pairs) : spans_(spans), pairs_(pairs) {
@@ -57,35 +55,35 @@ EventAt EventMatching::mostShared(const std::vector<EventAt>& candidates, const 
     return best;
 }
 
-// Old and new events the alignment left, paired again across tracks and order.
-void EventMatching::matchMoves() {
-    SourceUses unmatched;
+SourceUses EventMatching::oldBySource(bool unmatchedOnly) const {
+    SourceUses uses;
     for (size_t t = 0; t < spans_.before.size(); ++t)
         for (size_t e = 0; e < spans_.before[t].size(); ++e)
-            if (beforeMatch_[t][e] == kNone) unmatched[spans_.before[t][e].source].push_back({t, e});
+            if (!unmatchedOnly || beforeMatch_[t][e] == kNone) uses[spans_.before[t][e].source].push_back({t, e});
+    return uses;
+}
+
+template <typename Found>
+void EventMatching::eachNewLeft(const SourceUses& uses, bool unmatchedOnly, Found found) {
     eachNewEvent([&](const EventAt& at) {
         if (ofNew(at) != kNone) return;
         const SourceSpan& span = spans_.after[at.track][at.event];
-        const auto found = unmatched.find(span.source);
-        if (found == unmatched.end()) return;
-        const EventAt from = mostShared(found->second, span, true);
-        if (from.valid()) record({from, at, {}, true, false});
+        const auto candidates = uses.find(span.source);
+        if (candidates == uses.end()) return;
+        const EventAt from = mostShared(candidates->second, span, unmatchedOnly);
+        if (from.valid()) found(from, at);
     });
+}
+
+// Old and new events the alignment left, paired again across tracks and order.
+void EventMatching::matchMoves() {
+    eachNewLeft(oldBySource(true), true, [&](const EventAt& from, const EventAt& at) { record({from, at, {}, true, false}); });
 }
 
 // New events showing material an old event already went to: beside its first piece after a
 // middle was taken out, the second piece of a split; else a copy.
 void EventMatching::matchCopies() {
-    SourceUses all;
-    for (size_t t = 0; t < spans_.before.size(); ++t)
-        for (size_t e = 0; e < spans_.before[t].size(); ++e) all[spans_.before[t][e].source].push_back({t, e});
-    eachNewEvent([&](const EventAt& at) {
-        if (ofNew(at) != kNone) return;
-        const SourceSpan& span = spans_.after[at.track][at.event];
-        const auto found = all.find(span.source);
-        if (found == all.end()) return;
-        const EventAt from = mostShared(found->second, span, false);
-        if (!from.valid()) return;
+    eachNewLeft(oldBySource(false), false, [&](const EventAt& from, const EventAt& at) {
         const size_t existing = ofOld(from);
         if (existing != kNone && isSecondPiece(matches_[existing], at)) {
             matches_[existing].also = at;

@@ -4,6 +4,7 @@
 // material already placed (the second piece of a split, else a copy).
 #include <cstddef>
 #include <string>
+#include <unordered_map>
 #include <vector>
 
 #include "diff/CutDiff.h"
@@ -29,6 +30,9 @@ struct Match {
     bool moved = false, duplicate = false;
 };
 
+// Old events by their source's identity.
+using SourceUses = std::unordered_map<uint32_t, std::vector<EventAt>>;
+
 class EventMatching {
 public:
     EventMatching(const CutSpans& spans, const std::vector<TrackPair>& pairs);
@@ -48,6 +52,11 @@ private:
     EventAt mostShared(const std::vector<EventAt>& candidates, const SourceSpan& span, bool unmatchedOnly) const;
     template <typename Visit>
     void eachNewEvent(Visit visit) const;
+    // The old events by source: all, or only those nothing was found for yet.
+    SourceUses oldBySource(bool unmatchedOnly) const;
+    // Each new event nothing was found for yet, with the old event of `uses` sharing most source with it.
+    template <typename Found>
+    void eachNewLeft(const SourceUses& uses, bool unmatchedOnly, Found found);
 
     const CutSpans& spans_;
     const std::vector<TrackPair>& pairs_;
