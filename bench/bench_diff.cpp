@@ -57,17 +57,22 @@ void edit(std::vector<std::vector<Shot>>& tracks, int edits) {
     }
 }
 
-Json description(const std::vector<std::vector<Shot>>& tracks) {
-    Json clips = Json::array();
-    for (int i = 0; i < 2 * kClipsPerKind; ++i) clips.push_back(mediaClip(i));
-    Json trackList = Json::array();
+// The description streamed out an event at a time: the benchmark's own memory stays small (a
+// child's peak counts what its parent held when it started, until it executes the tool).
+void writeDescription(const std::vector<std::vector<Shot>>& tracks, std::ostream& out) {
+    out << R"({"clips": [)";
+    for (int i = 0; i < 2 * kClipsPerKind; ++i) out << (i ? "," : "") << mediaClip(i).dump();
+    out << R"(], "composition": {"name": "Reel 1", "rate": [25, 1], "timecodeStart": 90000}, "tracks": [)";
     for (size_t t = 0; t < tracks.size(); ++t) {
-        Json events = Json::array();
-        for (const Shot& shot : tracks[t])
-            events.push_back({{"type", "clip"}, {"clip", shot.clip + 1}, {"inPoint", shot.in}, {"length", shot.length}});
-        trackList.push_back({{"kind", int(t) < kTracks / 2 ? "video" : "audio"}, {"events", events}});
+        out << (t ? "," : "") << R"({"kind": ")" << (int(t) < kTracks / 2 ? "video" : "audio") << R"(", "events": [)";
+        for (size_t e = 0; e < tracks[t].size(); ++e) {
+            const Shot& shot = tracks[t][e];
+            out << (e ? "," : "") << R"({"type": "clip", "clip": )" << shot.clip + 1 << R"(, "inPoint": )" << shot.in
+                << R"(, "length": )" << shot.length << "}";
+        }
+        out << "]}";
     }
-    return {{"clips", clips}, {"composition", {{"name", "Reel 1"}, {"rate", {25, 1}}, {"timecodeStart", 90000}}}, {"tracks", trackList}};
+    out << "]}";
 }
 
 // The two versions of a cut of `events` events, written by the tool.
@@ -80,17 +85,20 @@ struct CutPair {
         after = temporary("bench_diff_" + tag + "_new.aaf");
         std::vector<std::vector<Shot>> tracks;
         for (int t = 0; t < kTracks; ++t) tracks.push_back(trackShots(t, events / kTracks));
-        ok = writeCut(description(tracks), before);
+        ok = writeCut(tracks, before);
         edit(tracks, events / 100);
-        ok = ok && writeCut(description(tracks), after);
+        ok = ok && writeCut(tracks, after);
     }
     ~CutPair() {
         std::remove(before.c_str());
         std::remove(after.c_str());
     }
-    static bool writeCut(const Json& cut, const std::string& aaf) {
+    static bool writeCut(const std::vector<std::vector<Shot>>& tracks, const std::string& aaf) {
         const std::string json = aaf + ".json";
-        std::ofstream(json) << cut.dump();
+        {
+            std::ofstream out(json);
+            writeDescription(tracks, out);
+        }
         const bool written = runChild({AAFBRIDGE_TOOL, "write", json, aaf}).ok;
         std::remove(json.c_str());
         return written;
