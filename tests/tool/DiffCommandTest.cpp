@@ -58,6 +58,7 @@ TEST_F(DiffCommand, AnAafFileAndTheTimelineItWasWrittenFromAreTheSame) {
 TEST_F(DiffCommand, JsonIsVersionedAndCarriesTheConformMap) {
     otiotest::saveText(old, cut(60).dump());
     otiotest::saveText(now, cut(52).dump());
+    EXPECT_NE(diff(old, now, " --tracks V1-V3").output.find("aafbridge diff: neither cut has a track V2"), std::string::npos);
     const testsupport::ToolRun run = runTool("diff " + old + " " + now + " --json --tracks V1", false);
     ASSERT_EQ(run.exitCode, 1);
     const Json json = Json::parse(run.output);

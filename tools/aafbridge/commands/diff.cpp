@@ -128,6 +128,13 @@ bool readOptions(const Invocation& invocation, cutdiff::DiffOptions& options, st
     return true;
 }
 
+// A track asked for that neither cut has is said, not refused: the rest are compared.
+void noteMissingTracks(const Invocation& invocation, const cutdiff::DiffOptions& options, const cutdiff::Cut& before,
+                       const cutdiff::Cut& after) {
+    for (const std::string& label : options.tracks)
+        if (!before.find(label) && !after.find(label)) report(*invocation.command, "neither cut has a track " + label);
+}
+
 }  // namespace
 
 int runDiff(const Invocation& invocation) {
@@ -136,6 +143,7 @@ int runDiff(const Invocation& invocation) {
     if (!readOptions(invocation, options, why)) return trouble(invocation, why);
     cutdiff::Cut before, after;
     if (!readBoth(invocation, before, after)) return kExitTrouble;
+    noteMissingTracks(invocation, options, before, after);
     cutdiff::CutDiff diff;
     if (!cutdiff::diffCuts(before, after, options, diff, why)) return trouble(invocation, why);
     const cutdiff::DiffInputs inputs{invocation.operand(0), invocation.operand(1), before, after};
