@@ -315,7 +315,11 @@ void printDiff(const DiffInputs& inputs, const CutDiff& diff, std::ostream& out)
         return (tracksOf[&c].empty() ? "" : tracksOf[&c] + "  ") + report.changeLine(c);
     });
     out << "\n" << diff.changes.size() << (diff.changes.size() == 1 ? " change:" : " changes:");
-    for (const auto& [name, count] : counts(diff)) out << " " << count << " " << name << ";";
+    const char* separator = " ";
+    for (const auto& [name, count] : counts(diff)) {
+        out << separator << count << " " << name;
+        separator = ", ";
+    }
     out << "\n";
 }
 
