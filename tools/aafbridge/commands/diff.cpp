@@ -7,7 +7,6 @@
 #include <fstream>
 #include <future>
 #include <iostream>
-#include <regex>
 
 #include "cli/BufferedStdout.h"
 #include "cli/OpenFile.h"
@@ -95,18 +94,30 @@ bool readBoth(const Invocation& invocation, cutdiff::Cut& before, cutdiff::Cut& 
     return second.get() && first;
 }
 
+// One item of a track list: "A3", or a range "A1-A8" (also "A1-8").
+bool addTrackItem(const std::string& item, std::vector<std::string>& labels) {
+    const size_t dash = item.find('-');
+    char letter = 0, lastLetter = 0;
+    int first = 0, last = 0;
+    if (!cutdiff::parseTrackLabel(item.substr(0, dash), letter, first)) return false;
+    last = first;
+    if (dash != std::string::npos) {
+        const std::string end = item.substr(dash + 1);
+        if (!cutdiff::parseTrackLabel(end, lastLetter, last) &&
+            !cutdiff::parseTrackLabel(std::string(1, letter) + end, lastLetter, last))
+            return false;
+        if (lastLetter != letter || last < first) return false;
+    }
+    for (int n = first; n <= last; ++n) labels.push_back(letter + std::to_string(n));
+    return true;
+}
+
 // "V1,A1-A8" as labels; false when it is not such a list.
 bool trackLabels(const std::string& text, std::vector<std::string>& labels) {
-    static const std::regex item("([VA])([0-9]{1,4})(?:-([VA]?)([0-9]{1,4}))?");
     size_t start = 0;
     while (start <= text.size()) {
         const size_t comma = std::min(text.find(',', start), text.size());
-        std::smatch parts;
-        const std::string piece = text.substr(start, comma - start);
-        if (!std::regex_match(piece, parts, item)) return false;
-        const int first = std::stoi(parts[2]), last = parts[4].matched ? std::stoi(parts[4]) : first;
-        if ((parts[3].length() && parts[3] != parts[1]) || last < first) return false;
-        for (int n = first; n <= last; ++n) labels.push_back(parts[1].str() + std::to_string(n));
+        if (!addTrackItem(text.substr(start, comma - start), labels)) return false;
         start = comma + 1;
     }
     return true;

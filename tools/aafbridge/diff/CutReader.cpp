@@ -1,5 +1,4 @@
 #include <cstdio>
-#include <regex>
 #include <set>
 
 #include "composition/Composition.h"
@@ -18,11 +17,12 @@ bool isCutTrack(const Track& track) {
 
 // A track's name where it is a track label ("V2", "A12") not yet taken, else its kind and number.
 std::string trackLabel(const Track& track, uint32_t number, std::set<std::string>& taken) {
-    static const std::regex label("[VA][1-9][0-9]{0,3}");
-    if (std::regex_match(track.name, label) && taken.insert(track.name).second) return track.name;
-    const std::string letter = track.data == DataKind::Picture ? "V" : "A";
-    while (!taken.insert(letter + std::to_string(number)).second) ++number;
-    return letter + std::to_string(number);
+    char letter = 0;
+    int named = 0;
+    if (parseTrackLabel(track.name, letter, named) && taken.insert(track.name).second) return track.name;
+    const std::string kind = track.data == DataKind::Picture ? "V" : "A";
+    while (!taken.insert(kind + std::to_string(number)).second) ++number;
+    return kind + std::to_string(number);
 }
 
 std::vector<CutTrack> cutTracks(const Composition& composition, SourceTable& sources) {
@@ -74,6 +74,15 @@ std::vector<CutMarker> cutMarkers(const Composition& composition, const std::vec
 }
 
 }  // namespace
+
+bool parseTrackLabel(const std::string& text, char& letter, int& number) {
+    if (text.size() < 2 || text.size() > 5 || (text[0] != 'V' && text[0] != 'A') || text[1] == '0' ||
+        text.find_first_not_of("0123456789", 1) != std::string::npos)
+        return false;
+    letter = text[0];
+    number = std::stoi(text.substr(1));
+    return true;
+}
 
 std::string numberText(double value) {
     char text[32];
