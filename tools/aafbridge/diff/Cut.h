@@ -89,5 +89,4 @@ Cut cutFromComposition(const composition::Composition& composition);
 // "V2" or "A12": a track label's kind letter and number (1 to 9999); false for anything else.
 bool parseTrackLabel(const std::string& text, char& letter, int& number);
 
-
 }  // namespace cutdiff
