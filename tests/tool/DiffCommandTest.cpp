@@ -63,6 +63,7 @@ TEST_F(DiffCommand, JsonIsVersionedAndCarriesTheConformMap) {
     ASSERT_EQ(run.exitCode, 1);
     const Json json = Json::parse(run.output);
     EXPECT_EQ(json["aafbridgeDiff"], 1);
+    EXPECT_EQ(json["new"]["editRates"]["A1"], Json::parse("[25, 1]"));
     ASSERT_EQ(json["tracks"].size(), 1u);
     const Json& change = json["tracks"][0]["changes"][0];
     EXPECT_EQ(change["class"], "tail trimmed");

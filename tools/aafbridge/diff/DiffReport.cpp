@@ -323,11 +323,20 @@ void printDiff(const DiffInputs& inputs, const CutDiff& diff, std::ostream& out)
     out << "\n";
 }
 
+// A cut's file, name, start and each track's edit rate: the units of its record times.
+Json cutJson(const Cut& cut, const std::string& file) {
+    Json rates = Json::object();
+    for (const CutTrack& track : cut.tracks) rates[track.label] = {track.editRate.numerator, track.editRate.denominator};
+    Json json = {{"file", file}, {"name", cut.name}, {"editRates", std::move(rates)}};
+    if (cut.start) json["start"] = composition::timecodeText(cut.start->frame, cut.start->fps, cut.start->drop);
+    return json;
+}
+
 Json diffJson(const DiffInputs& inputs, const CutDiff& diff) {
     const Report report(inputs);
     Json json = {{"aafbridgeDiff", 1},
-                 {"old", {{"file", inputs.beforeName}, {"name", inputs.before.name}}},
-                 {"new", {{"file", inputs.afterName}, {"name", inputs.after.name}}},
+                 {"old", cutJson(inputs.before, inputs.beforeName)},
+                 {"new", cutJson(inputs.after, inputs.afterName)},
                  {"comparedInTime", diff.comparedInTime},
                  {"identical", diff.changes.empty()}};
     Json tracks = Json::array();
