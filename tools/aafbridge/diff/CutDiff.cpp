@@ -45,12 +45,18 @@ int64_t recordAt(const SourceSpan& span, int64_t offset) {
     return span.recordIn + roundedInRange(double(offset) * double(span.recordLength()) / double(span.sourceLength()));
 }
 
-// Conform ranges ordered by the old track's name, for finding a track's ranges by halving.
-struct TrackOfRange {
-    bool operator()(const ConformRange& range, const std::string& track) const { return range.fromTrack < track; }
-    bool operator()(const std::string& track, const ConformRange& range) const { return track < range.fromTrack; }
-    bool operator()(const ConformRange& a, const ConformRange& b) const { return a.fromTrack < b.fromTrack; }
-};
+// Each old track's stretch of the conform map, which holds them one after another, each in
+// record order.
+using ConformStretches = std::unordered_map<std::string, std::pair<size_t, size_t>>;
+
+ConformStretches conformStretches(const std::vector<ConformRange>& conform) {
+    ConformStretches stretches;
+    for (size_t i = 0; i < conform.size(); ++i) {
+        auto [stretch, added] = stretches.emplace(conform[i].fromTrack, std::make_pair(i, i + 1));
+        if (!added) stretch->second.second = i + 1;
+    }
+    return stretches;
+}
 
 class CutComparison {
 public:
@@ -318,11 +324,13 @@ private:
 
     // Where an old track's record time went on the same track; unchanged where the conform map
     // does not say. A marker stays on its track when a clip under it moves to another.
-    static int64_t conformed(const std::vector<ConformRange>& conform, const std::string& track, int64_t position) {
-        const auto ranges = std::equal_range(conform.begin(), conform.end(), track, TrackOfRange());
-        auto after = std::upper_bound(ranges.first, ranges.second, position,
-                                      [](int64_t at, const ConformRange& range) { return at < range.oldIn; });
-        if (after != ranges.first) {
+    static int64_t conformed(const std::vector<ConformRange>& conform, const ConformStretches& stretches,
+                             const std::string& track, int64_t position) {
+        const auto stretch = stretches.find(track);
+        if (stretch == stretches.end()) return position;
+        const auto first = conform.begin() + long(stretch->second.first), last = conform.begin() + long(stretch->second.second);
+        auto after = std::upper_bound(first, last, position, [](int64_t at, const ConformRange& range) { return at < range.oldIn; });
+        if (after != first) {
             const ConformRange& range = *std::prev(after);
             if (range.track == track && position < range.oldOut) return range.newIn + (position - range.oldIn);
         }
@@ -339,8 +347,7 @@ private:
 
     // Markers paired by what they say, each old one expected where its record time went.
     void markers(const std::vector<ConformRange>& conform) {
-        std::vector<ConformRange> byTrack = conform;  // the conform map by old track name, to look up
-        std::stable_sort(byTrack.begin(), byTrack.end(), TrackOfRange());
+        const ConformStretches stretches = conformStretches(conform);
         std::unordered_map<std::string_view, std::vector<size_t>> unmatched;
         const std::vector<CutMarker>& now = after_.markers;
         for (size_t m = 0; m < now.size(); ++m)
@@ -348,7 +355,7 @@ private:
         for (size_t m = 0; m < before_.markers.size(); ++m) {
             const CutMarker& old = before_.markers[m];
             if (!pairOf(old.track)) continue;
-            const int64_t expected = conformed(byTrack, old.track, old.position);
+            const int64_t expected = conformed(conform, stretches, old.track, old.position);
             std::vector<size_t>& candidates = unmatched[old.text];
             auto nearest = std::min_element(candidates.begin(), candidates.end(), [&](size_t a, size_t b) {
                 return std::llabs(newMarkerPosition(now[a]) - expected) < std::llabs(newMarkerPosition(now[b]) - expected);

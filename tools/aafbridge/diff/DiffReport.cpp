@@ -123,8 +123,8 @@ public:
     }
 
     std::string recordTimecode(const Change& change) const {
-        if (change.after.valid()) return recordRange(change.after, false).substr(0, 11);
-        if (change.before.valid()) return recordRange(change.before, true).substr(0, 11);
+        if (change.after.valid()) return recordAt(change.after, false, eventOf(change.after, false).recordIn);
+        if (change.before.valid()) return recordAt(change.before, true, eventOf(change.before, true).recordIn);
         const CutTrack* track = inputs_.before.find(change.track);
         return track ? beforeClock_.record(*track, change.position) : "";
     }
@@ -161,36 +161,41 @@ private:
                                     : beforeClock_.source(trackOf(change.before, true), position);
     }
 
+    // The record timecode of `position` on the track of the event at `at`.
+    std::string recordAt(const EventAt& at, bool old, int64_t position) const {
+        return (old ? beforeClock_ : afterClock_).record(trackOf(at, old), position);
+    }
+
     Json eventTimes(const EventAt& at, bool old) const {
-        const CutTrack& track = trackOf(at, old);
-        const CutEvent& event = track.events[at.event];
-        const Clock& clock = old ? beforeClock_ : afterClock_;
+        const CutEvent& event = eventOf(at, old);
         return {{"recordIn", event.recordIn},
                 {"recordOut", event.recordOut},
-                {"timecodeIn", clock.record(track, event.recordIn)},
-                {"timecodeOut", clock.record(track, event.recordOut)}};
+                {"timecodeIn", recordAt(at, old, event.recordIn)},
+                {"timecodeOut", recordAt(at, old, event.recordOut)}};
     }
 
     std::string recordRange(const EventAt& at, bool old) const {
-        const Json times = eventTimes(at, old);
-        return times["timecodeIn"].get<std::string>() + "-" + times["timecodeOut"].get<std::string>();
+        const CutEvent& event = eventOf(at, old);
+        return recordAt(at, old, event.recordIn) + "-" + recordAt(at, old, event.recordOut);
+    }
+
+    // "" when the marker's track is not in its cut.
+    std::string markerTimecode(const CutMarker& marker, bool old) const {
+        const CutTrack* track = (old ? inputs_.before : inputs_.after).find(marker.track);
+        return track ? (old ? beforeClock_ : afterClock_).record(*track, marker.position) : std::string();
     }
 
     Json markerJson(const CutMarker& marker, bool old) const {
-        const CutTrack* track = (old ? inputs_.before : inputs_.after).find(marker.track);
         Json json = {{"text", marker.text}, {"track", marker.track}, {"position", marker.position}};
-        if (track) json["timecode"] = (old ? beforeClock_ : afterClock_).record(*track, marker.position);
+        if (const std::string timecode = markerTimecode(marker, old); !timecode.empty()) json["timecode"] = timecode;
         if (!marker.colour.empty()) json["colour"] = marker.colour;
         return json;
     }
 
     // A marker's record timecode, in a column as wide as a record range; dashes for none.
     std::string markerAt(size_t marker, bool old) const {
-        std::string text(11, '-');
-        if (marker != kNone) {
-            const Json json = markerJson((old ? inputs_.before : inputs_.after).markers[marker], old);
-            text = json.value("timecode", std::string());
-        }
+        std::string text = marker == kNone ? std::string(11, '-')
+                                           : markerTimecode((old ? inputs_.before : inputs_.after).markers[marker], old);
         text.resize(23, ' ');
         return text;
     }
